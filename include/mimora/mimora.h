@@ -1,0 +1,916 @@
+/*
+ * libmimora - Internet messages taken apart.
+ *
+ * Copyright (c) 2026 the mimora developers.
+ *
+ * This is the only header a caller includes. It compiles as C99, C11 and C++20.
+ *
+ *
+ * CONVENTIONS
+ *
+ *  1. Families. M_ functions work on messages and their parts, S_ functions on
+ *     byte streams, P_ functions on plain data.
+ *
+ *  2. Handles. M_Bodypart, S_InStream and S_OutStream are opaque. What a
+ *     create function returns belongs to the caller, who gives it back to the
+ *     destroy function of its family. A part that is found inside a message
+ *     belongs to the message. Unless a block says otherwise, a null handle is
+ *     answered with the value that stands for "nothing" (-1 for a count or a
+ *     copy, NULL for a pointer) and does no harm; a handle that was destroyed,
+ *     or never created, is the caller's fault and is only reported in the log.
+ *
+ *  3. Texts are zero-terminated 8-bit strings. Header texts are handed out as
+ *     they stand in the message.
+ *
+ *  4. Sized copies. A function with BUFFER and SIZE copies a text and its zero
+ *     when they fit. When BUFFER is NULL or *SIZE too small it copies nothing
+ *     and stores the size that it needs, in bytes, zero included. A null SIZE
+ *     is answered like a buffer that is too small, and nothing is touched.
+ *
+ *  5. Positions and sizes are counted in bytes. Positions count from the first
+ *     byte of the input stream (its own position 0).
+ *
+ *  6. Results. A function that reports a status returns MIMORA_OK (0) or one of
+ *     the MIMORA_E_ codes below.
+ *
+ *  7. Memory. Nothing that is handed out is ever freed by the caller, except
+ *     handles through their destroy functions. Bodies are never copied: a
+ *     message refers to its input stream, which must outlive it.
+ *
+ *  8. Threads. Functions may run at the same time on different objects. One
+ *     object belongs to one thread at a time, but several threads may read one
+ *     message while none changes it, as long as those that read its stream
+ *     hold the stream's lock (S_LockInStream). Blocks name only what differs.
+ *
+ *  9. Exceptions. The library throws nothing of its own, but C++ exceptions
+ *     (std::bad_alloc, or one thrown by a callback) pass through after they
+ *     were logged. C callers that may meet one compile with -fexceptions.
+ *
+ * 10. Log. When the log file exists (/var/log/mimora.err unless configured
+ *     otherwise) errors are written into it; when mimora1.err stands beside it,
+ *     every call is traced. P_SetQQ_callback takes the trace over.
+ */
+#ifndef MIMORA_MIMORA_H_
+#define MIMORA_MIMORA_H_
+
+#include <stdint.h>
+
+#define MIMORA_VERSION_MAJOR 1
+#define MIMORA_VERSION_MINOR 0
+#define MIMORA_VERSION_PATCH 0
+
+#if defined(_WIN32) && !defined(_WIN64)
+#define MIMORA_CALL __stdcall
+#else
+#define MIMORA_CALL
+#endif
+
+#if defined(__GNUC__)
+#define MIMORA_API __attribute__((visibility("default")))
+#else
+#define MIMORA_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------
+ * Types
+ * --------------------------------------------------------------------- */
+
+typedef struct M_Bodypart M_Bodypart;   /* a message, or one part of it */
+typedef struct S_InStream S_InStream;   /* a source of bytes */
+typedef struct S_OutStream S_OutStream; /* a sink of bytes */
+
+/* What a callback gets back as its first argument: an integer or a pointer. */
+typedef intptr_t S_Context;
+
+/* Reads at most LENGTH bytes into DESTINATION. Returns the number of bytes
+ * read, 0 at the end of the data, -1 after an error (errno tells which). */
+typedef int64_t(MIMORA_CALL *S_ReadProc)(S_Context, void *destination,
+                                         int64_t length);
+
+/* The same without a copy on the caller's side: points *BYTES at the data,
+ * which must stay there until the next call. */
+typedef int64_t(MIMORA_CALL *S_ReadPtrProc)(S_Context, const void **bytes,
+                                            int64_t length);
+
+/* Takes LENGTH bytes. Returns LENGTH; anything else is an error (errno). */
+typedef int64_t(MIMORA_CALL *S_WriteProc)(S_Context, const void *data,
+                                          int64_t length);
+
+/* Moves to the absolute POSITION; the next read begins there. */
+typedef void(MIMORA_CALL *S_SeekProc)(S_Context, int64_t position);
+
+/* Returns the absolute position of the next byte to be read. */
+typedef int64_t(MIMORA_CALL *S_TellProc)(S_Context);
+
+/* Takes one line of the trace, without time stamp and line end. The text lives
+ * only during the call. It may be called from any thread. */
+typedef void(MIMORA_CALL *P_TraceProc)(const char *line);
+
+/* ------------------------------------------------------------------------
+ * Result codes: 0, or 0x20000000 plus a number
+ * --------------------------------------------------------------------- */
+
+#define MIMORA_OK 0
+#define MIMORA_E_READ 0x20000001         /* the input stream failed */
+#define MIMORA_E_WRITE 0x20000002        /* the output stream failed */
+#define MIMORA_E_OPEN_INPUT 0x20000003   /* input file not opened */
+#define MIMORA_E_OPEN_OUTPUT 0x20000004  /* output file not created */
+#define MIMORA_E_MEMORY 0x20000005       /* out of memory */
+#define MIMORA_E_TEMP_WRITE 0x20000007   /* temporary file not written */
+#define MIMORA_E_TEMP_CREATE 0x20000008  /* temporary file not created */
+#define MIMORA_E_TEMP_OPEN 0x20000009    /* temporary file not reopened */
+#define MIMORA_E_NOT_OPEN 0x20000259     /* stream missing or not open */
+#define MIMORA_E_HEADER 0x2000025A       /* header unreadable */
+#define MIMORA_E_HEADER_CUT 0x2000025B   /* data ended inside the header; kept */
+#define MIMORA_E_HEADER_ODD 0x2000025C   /* tolerated header fault; kept */
+#define MIMORA_E_NO_BOUNDARY 0x2000025D  /* multipart without boundary; kept */
+#define MIMORA_E_UNCLASSIFIED 0x200003E7 /* any other failure */
+
+/* Flags of M_GetBodypartFlags. */
+#define MIMORA_FLAG_RECEIPT_REQUESTED 0x1u
+#define MIMORA_FLAG_SIGNED 0x2u
+#define MIMORA_FLAG_PKCS7 0x4u
+
+/* ------------------------------------------------------------------------
+ * Messages: life
+ * --------------------------------------------------------------------- */
+
+/*
+ * Creates an empty message: no header field, no body, no child.
+ *
+ * Returns the message, or NULL when memory is short.
+ * Memory:  the caller's; M_DestroyMessage frees it.
+ * Since:   1.0
+ */
+MIMORA_API M_Bodypart *M_CreateMessage(void);
+
+/*
+ * Destroys a message with everything that it owns. The input stream that it was
+ * loaded from stays.
+ *
+ * part    a message from M_CreateMessage; NULL is ignored. Parts of a message
+ *         are destroyed with it, or by M_DeleteChildBodypart.
+ *
+ * Returns 0.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_DestroyMessage(M_Bodypart *part);
+
+/*
+ * Empties a part: header fields, children, enclosed message and embedded-file
+ * lists are destroyed, the part is as new and its handle stays valid.
+ *
+ * part    the part; NULL is ignored.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void M_CleanMessage(M_Bodypart *part);
+
+/*
+ * Tests whether the handle is one of a part, for the log only.
+ *
+ * part    any address.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void M_CheckBodypart(M_Bodypart *part);
+
+/*
+ * Writes a readable dump of the part and all below it to the standard output:
+ * content type, transfer encoding, offsets and sizes (low 32 bits), children,
+ * embedded files.
+ *
+ * part    the part; for NULL a line that says so is written.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void M_PrintBodypart(M_Bodypart *part);
+
+/* ------------------------------------------------------------------------
+ * Messages: loading (RFC 5322, RFC 2045, RFC 2046)
+ * --------------------------------------------------------------------- */
+
+/*
+ * Parses a message from the stream's present position to its end. What the part
+ * held before is destroyed first. Every part's place in the stream and its
+ * decoded size are recorded; no byte of a body is kept. Uuencoded files in text
+ * bodies and the files inside a TNEF body (winmail.dat) are listed.
+ *
+ * Damaged mail is not refused: a header that is cut off, a multipart that is
+ * not closed and parts that make no sense are kept as well as they can be read.
+ * Beyond 100 levels of nesting a part is a leaf whatever its type says, and
+ * beyond 10,000 parts the rest of a multipart becomes one last leaf.
+ *
+ * part    receives the tree; it may be a part inside a message.
+ * in      the stream; the tree refers to it, so it must outlive the tree
+ *         (or see M_UndefineBodypartBodyStreamDefinition). A boundary that is
+ *         left from earlier work is removed.
+ *
+ * Returns MIMORA_OK; MIMORA_E_HEADER_CUT (the data ended before the empty line
+ *         that ends the header) and MIMORA_E_NO_BOUNDARY (a multipart message
+ *         without a boundary is one opaque body): the tree is complete.
+ *         MIMORA_E_NOT_OPEN: PART or IN is NULL or IN is not open.
+ *         MIMORA_E_HEADER, MIMORA_E_READ: the stream failed (S_GetIOError
+ *         tells why); the tree holds what was read until then.
+ *         MIMORA_E_TEMP_WRITE: a TNEF body could not be unpacked.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_LoadMessage(M_Bodypart *part, S_InStream *in);
+
+/*
+ * Parses a message that lies in memory, without a stream of the caller's: the
+ * part makes a memory stream of its own over the bytes.
+ *
+ * part    receives the tree, as in M_LoadMessage.
+ * data    the bytes; the caller keeps them alive and unchanged as long as the
+ *         tree. No byte of a body is copied.
+ * length  their number, not negative.
+ *
+ * Returns the codes of M_LoadMessage; MIMORA_E_NOT_OPEN also for DATA NULL or a
+ *         negative LENGTH.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_LoadBodypartFromBuffer(M_Bodypart *part, const void *data,
+                                            int32_t length);
+
+/*
+ * The same over a private copy of the text, so that the caller may free the text
+ * at once. Writes the text to the log when there is one.
+ *
+ * part    receives the tree and owns the copy.
+ * text    the bytes.
+ * length  their number; -1: TEXT is zero-terminated.
+ *
+ * Returns the codes of M_LoadBodypartFromBuffer.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_LoadBodypartFromString(M_Bodypart *part, const char *text,
+                                            int32_t length);
+
+/*
+ * Detaches every body of the tree that lies in the stream, so that the stream
+ * may be destroyed. Offsets and sizes are kept.
+ *
+ * part    the tree.
+ * in      the stream to detach from.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void M_UndefineBodypartBodyStreamDefinition(M_Bodypart *part,
+                                                       S_InStream *in);
+
+/*
+ * Attaches every detached body of the tree to a stream that holds the same bytes
+ * at the same positions as the one it was loaded from.
+ *
+ * part    the tree.
+ * in      the stream to attach to; it must outlive the tree.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void M_TakeoverBodypartBodyStreamDefinition(M_Bodypart *part,
+                                                       S_InStream *in);
+
+/* ------------------------------------------------------------------------
+ * Messages: the tree
+ * --------------------------------------------------------------------- */
+
+/*
+ * Counts the children of a multipart. The enclosed message of a message part is
+ * no child: M_GetMessageBodypartBody finds it.
+ *
+ * part    the part.
+ *
+ * Returns the number of children; 0 when there are none.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetChildBodypartsCount(M_Bodypart *part);
+
+/*
+ * Finds a child by its position.
+ *
+ * part    the parent.
+ * index   position, counted from 0.
+ *
+ * Returns the child, or NULL when there is none at that position.
+ * Memory:  the child belongs to PART.
+ * Since:   1.0
+ */
+MIMORA_API M_Bodypart *M_GetNthChildBodypart(M_Bodypart *part, int32_t index);
+
+/*
+ * Finds the message that a part of type message/... encloses.
+ *
+ * part    the part.
+ *
+ * Returns the enclosed message; PART itself when it encloses none; NULL for NULL.
+ * Memory:  the enclosed message belongs to PART.
+ * Since:   1.0
+ */
+MIMORA_API M_Bodypart *M_GetMessageBodypartBody(M_Bodypart *part);
+
+/*
+ * Appends an empty child.
+ *
+ * parent  the part that receives it.
+ *
+ * Returns the child, or NULL when PARENT is NULL.
+ * Memory:  the child belongs to PARENT.
+ * Since:   1.0
+ */
+MIMORA_API M_Bodypart *M_CreateChildBodypart(M_Bodypart *parent);
+
+/*
+ * Removes a child and destroys it with all below it.
+ *
+ * parent  the part that owns the child.
+ * child   the child.
+ *
+ * Returns 0 removed; -1 CHILD is no child of PARENT.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_DeleteChildBodypart(M_Bodypart *parent, M_Bodypart *child);
+
+/*
+ * Tells what is special about a part.
+ *
+ * part    the part.
+ * flags   receives the sum of
+ *         MIMORA_FLAG_RECEIPT_REQUESTED  a Disposition-Notification-To field
+ *                                        that is not empty (RFC 8098),
+ *         MIMORA_FLAG_SIGNED             multipart/signed (RFC 1847), or
+ *                                        PKCS #7 with smime-type signed-data,
+ *         MIMORA_FLAG_PKCS7              application/pkcs7-mime or
+ *                                        application/x-pkcs7-mime (RFC 8551).
+ *
+ * Returns 0; -1 when PART or FLAGS is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetBodypartFlags(M_Bodypart *part, uint32_t *flags);
+
+/* The same under another name; in the log it is M_GetBodypartFlags. Since 1.0 */
+MIMORA_API int32_t M_GetMessageFlags(M_Bodypart *part, uint32_t *flags);
+
+/* ------------------------------------------------------------------------
+ * Messages: header fields (RFC 5322 2.2)
+ *
+ * Fields stand in the order of the message, duplicates included. A value begins
+ * behind the colon and one space; folding is kept as CR LF and the white space.
+ * Names are compared without regard to case, and the whole name must match.
+ * Pointers into a part's header live until its header is changed, or the part
+ * is loaded again, cleaned or destroyed.
+ * --------------------------------------------------------------------- */
+
+/*
+ * Counts the header fields of a part.
+ *
+ * part    the part.
+ *
+ * Returns the number of fields; -1 when PART is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_HeaderFieldsCount(M_Bodypart *part);
+
+/* The same function under an older name. Since 1.0 */
+MIMORA_API int32_t M_BodypartHeaderFieldsCount(M_Bodypart *part);
+
+/*
+ * Finds a field by its position.
+ *
+ * part    the part.
+ * index   position, counted from 0.
+ * name    receives the name, without the colon.
+ * value   receives the value.
+ *
+ * Returns 0; -1 no field at that position, both pointers are then NULL. A null
+ *         NAME or VALUE is passed over.
+ * Memory:  the texts belong to the part (see above).
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_BodypartHeaderField(M_Bodypart *part, int32_t index,
+                                         const char **name, const char **value);
+
+/*
+ * Copies a field as one text: name, ": " and value.
+ *
+ * part    the part.
+ * index   position, counted from 0.
+ * buffer  receives the text; NULL asks for the size only.
+ * size    in:  room in BUFFER, in bytes, WITHOUT the terminating zero: a buffer
+ *              must be one byte larger than *SIZE says.
+ *         out: length of the text, the zero not counted, unless -1 is returned.
+ *
+ * Returns 0 copied; 1 BUFFER NULL or *SIZE too small; -1 no such field.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_BodypartHeaderFieldByIndex(M_Bodypart *part, int32_t index,
+                                                char *buffer, uint32_t *size);
+
+/*
+ * Finds the value of the first field of a name.
+ *
+ * part    the part.
+ * name    field name without the colon.
+ *
+ * Returns the value, or NULL when there is no such field.
+ * Memory:  the text belongs to the part (see above).
+ * Since:   1.0
+ */
+MIMORA_API const char *M_BodypartHeaderFieldValue(M_Bodypart *part,
+                                                  const char *name);
+
+/*
+ * Copies the value of the first field of a name, folding included.
+ *
+ * part    the part.
+ * name    field name without the colon.
+ * buffer  receives the text; NULL asks for the size only.
+ * size    in:  room in BUFFER, in bytes.
+ *         out: bytes needed, terminating zero included, when 1 is returned;
+ *              otherwise left alone.
+ *
+ * Returns 0 copied; 1 BUFFER NULL or too small; -1 the part has no such field.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_BodypartHeaderFieldValueProc(M_Bodypart *part,
+                                                  const char *name, char *buffer,
+                                                  uint32_t *size);
+
+/*
+ * Finds the value of the n-th of several fields with one name.
+ *
+ * part    the part.
+ * name    field name without the colon.
+ * n       which one, counted from 1.
+ *
+ * Returns the value, or NULL when there are fewer, or N is below 1.
+ * Memory:  the text belongs to the part (see above).
+ * Since:   1.0
+ */
+MIMORA_API const char *M_BodypartHeaderFieldNthValue(M_Bodypart *part,
+                                                     const char *name, int32_t n);
+
+/*
+ * Copies the value of the n-th of several fields with one name.
+ *
+ * n       which one, counted from 1; the other arguments and the results are
+ *         those of M_BodypartHeaderFieldValueProc.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_BodypartHeaderFieldNthValueProc(M_Bodypart *part,
+                                                     const char *name, int32_t n,
+                                                     char *buffer, uint32_t *size);
+
+/*
+ * Removes a header field.
+ *
+ * part    the part.
+ * index   position, counted from 0.
+ *
+ * Returns 0 removed; -1 no field at that position.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_DeleteBodypartHeaderField(M_Bodypart *part, int32_t index);
+
+/*
+ * Copies the transfer encoding of a part: the value of the field
+ * Content-Transfer-Encoding (RFC 2045 6) without parameters and comments,
+ * trimmed, as written.
+ *
+ * part    the part.
+ * buffer  receives the text; NULL asks for the size only.
+ * size    in:  room in BUFFER, in bytes.
+ *         out: bytes needed, terminating zero included, when 1 is returned;
+ *              otherwise left alone.
+ *
+ * Returns 0 copied; 1 BUFFER NULL or too small; -1 the part declares none.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetContentTransferEncoding(M_Bodypart *part, char *buffer,
+                                                uint32_t *size);
+
+/*
+ * Copies the disposition of a part, "inline" or "attachment" (RFC 2183), without
+ * parameters and comments, trimmed, as written.
+ *
+ * Arguments and results are those of M_GetContentTransferEncoding.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetContentDisposition(M_Bodypart *part, char *buffer,
+                                           uint32_t *size);
+
+/*
+ * Copies the charset parameter of the Content-Type field (RFC 2046 4.1.2), as
+ * written, quotes removed.
+ *
+ * Arguments and results are those of M_GetContentTransferEncoding.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetCharset(M_Bodypart *part, char *buffer, uint32_t *size);
+
+/*
+ * Copies a parameter of a structured header field, such as "filename" of
+ * "Content-Disposition" (RFC 2045 5.1): quotes removed, comments dropped, names
+ * compared without regard to case. Continuations and percent-encoding are
+ * undone (RFC 2231) and a text with a declared charset comes out in UTF-8; with
+ * a charset that is not known its bytes are left as they stand. Encoded words
+ * (RFC 2047) are left as they stand. When a parameter is given in a plain and in
+ * an extended form, the extended one counts.
+ *
+ * part       the part.
+ * field      name of the header field; the first of that name is taken.
+ * parameter  name of the parameter, without "*".
+ * buffer     receives the text; NULL asks for the size only.
+ * size       in:  room in BUFFER, in bytes.
+ *            out: bytes needed, terminating zero included, when 1 is returned;
+ *                 otherwise left alone.
+ *
+ * Returns 0 copied; 1 BUFFER NULL or too small; -1 no such field or parameter.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_MimeParameter(M_Bodypart *part, const char *field,
+                                   const char *parameter, char *buffer,
+                                   uint32_t *size);
+
+/*
+ * Copies the content type of a part in upper case, for example "TEXT/HTML". A
+ * part without a usable Content-Type field is "TEXT/PLAIN", inside a
+ * multipart/digest "MESSAGE/RFC822" (RFC 2045 5.2, RFC 2046 5.1.5).
+ *
+ * part    the part.
+ * buffer  receives the text, cut to fit, always with a terminating zero.
+ * size    room in BUFFER, in bytes.
+ *
+ * Returns 0; 1 the text was cut, or BUFFER is NULL or SIZE is 0.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetBodypartMimeContentType(M_Bodypart *part, char *buffer,
+                                                uint32_t size);
+
+/* ------------------------------------------------------------------------
+ * Messages: bodies as they stand in the source
+ * --------------------------------------------------------------------- */
+
+/*
+ * Tells the size of a part's body.
+ *
+ * part         the part.
+ * decodedSize  receives the bytes that the body yields when its transfer
+ *              encoding is undone, uuencoded files in a text not counted.
+ * rawSize      receives the bytes that the body takes in the source.
+ *              Either pointer may be NULL.
+ *
+ * Returns 0; -1 when PART is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetBodypartSize(M_Bodypart *part, int64_t *decodedSize,
+                                     int64_t *rawSize);
+
+/*
+ * Tells the size of a body, or of one file embedded in it.
+ *
+ * number  0: the body; n: the n-th embedded file, uuencoded files first, then
+ *         those of a TNEF body.
+ * part    the part.
+ *
+ * Returns the decoded size in bytes; -1 when PART is NULL or has no such file.
+ * Since:   1.0
+ */
+MIMORA_API int64_t M_GetAttachmentSize(int32_t number, M_Bodypart *part);
+
+/*
+ * Tells the size of the body in the source, its low 32 bits; 0 for NULL.
+ * Since:   1.0
+ */
+MIMORA_API uint32_t M_GetBodyTextRawSize(M_Bodypart *part);
+
+/*
+ * Tells the size of header and body in the source, its low 32 bits; 0 for NULL.
+ * Since:   1.0
+ */
+MIMORA_API uint32_t M_GetBodypartTextRawSize(M_Bodypart *part);
+
+/*
+ * Reads bytes of the source, beginning in the part's body. Nothing is decoded,
+ * and nothing stops the reading at the end of the body: the caller asks for as
+ * many bytes as M_GetBodyTextRawSize tells.
+ *
+ * part    the part.
+ * in4     the stream to read; NULL: the one that the part was loaded from.
+ *         Its boundary and its read limit are removed.
+ * buffer  receives the bytes; no zero is added.
+ * offset  where to begin, counted from the first byte of the body.
+ * size    in: bytes wanted; out: bytes read.
+ *
+ * Returns 0, or the stream's error (S_GetIOError); MIMORA_E_NOT_OPEN when there
+ *         is no stream, PART, BUFFER or SIZE is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetBodyText(M_Bodypart *part, S_InStream *in4, void *buffer,
+                                 int32_t offset, uint32_t *size);
+
+/*
+ * Reads bytes of the source, beginning in the part's header. For the root of a
+ * message reading goes on to the end of the stream; for any other part it stops
+ * at the end of the part's body (in a file or callback stream).
+ *
+ * offset  where to begin, counted from the first byte of the header; the other
+ *         arguments and the results are those of M_GetBodyText.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetBodypartText(M_Bodypart *part, S_InStream *in4,
+                                     void *buffer, int32_t offset,
+                                     uint32_t *size);
+
+/* ------------------------------------------------------------------------
+ * Streams
+ * --------------------------------------------------------------------- */
+
+/*
+ * Creates an input stream over a file, a block of memory or callbacks.
+ *
+ * source      LENGTH -1: name of a file, which is opened for reading. It must be
+ *             a regular, seekable file below 2 GiB (EISDIR, ESPIPE, EOVERFLOW).
+ *             Other LENGTH: the bytes, which the caller keeps alive and
+ *             unchanged as long as the stream. NULL: callbacks are used.
+ * length      -1, or the number of bytes; below -1 counts as 0.
+ * context     first argument of the callbacks.
+ * read        reads from the source.
+ * seek        moves in the source; may be NULL for a source that is read once
+ *             from its beginning to its end.
+ * tell        tells the position in the source; NULL: it begins at 0.
+ * bufferSize  bytes to read at once from a file or a callback; below 1: 16,384.
+ *
+ * Returns the stream, or NULL when memory is short or neither SOURCE nor READ is
+ *         given. A file that cannot be opened gives a stream that delivers
+ *         nothing; S_GetIOError tells why.
+ * Memory:  the caller's; S_DestroyInStream frees it.
+ * Since:   1.0
+ */
+MIMORA_API S_InStream *S_CreateInStream(const void *source, int32_t length,
+                                        S_Context context, S_ReadProc read,
+                                        S_SeekProc seek, S_TellProc tell,
+                                        int32_t bufferSize);
+
+/*
+ * Creates an input stream over a callback that points at its own bytes.
+ *
+ * Arguments, result and memory are those of S_CreateInStream.
+ * Since:   1.0
+ */
+MIMORA_API S_InStream *S_CreateInStream1(S_Context context, int32_t bufferSize,
+                                         S_ReadPtrProc readptr, S_SeekProc seek,
+                                         S_TellProc tell);
+
+/*
+ * Destroys an input stream and closes its file. Messages that were loaded from
+ * it must have been destroyed or detached before.
+ *
+ * in      the stream; NULL is ignored.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void S_DestroyInStream(S_InStream *in);
+
+/*
+ * Tests whether the handle is one of an input stream, for the log only.
+ * Since:   1.0
+ */
+MIMORA_API void S_CheckInStream(S_InStream *in);
+
+/*
+ * Moves an input stream, and removes a boundary and a read limit that were left
+ * on it.
+ *
+ * in        the stream; NULL is ignored.
+ * position  absolute position; a memory stream ignores one that is not inside
+ *           its bytes.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void S_SeekReadPos(S_InStream *in, int64_t position);
+
+/*
+ * Takes the stream's lock, and gives it back. Threads that share a stream hold
+ * it from the first seek to the last read. The thread that holds it may take it
+ * again, and gives it back as often.
+ *
+ * in      the stream; NULL is ignored.
+ *
+ * Threads: any.
+ * Since:   1.0
+ */
+MIMORA_API void S_LockInStream(S_InStream *in);
+MIMORA_API void S_UnlockInStream(S_InStream *in);
+
+/*
+ * Creates an output stream: into a file, into a callback, into a temporary file
+ * or into memory, in this order of preference.
+ *
+ * fileName    not NULL: a file of this name, created or emptied.
+ * context     not 0: first argument of the callbacks.
+ * write       takes the bytes of a callback stream.
+ * seek, tell  of the callback stream; not needed.
+ * bufferSize  bytes to hand on at once; below 1: 16,384. With neither a name
+ *             nor a context: not 0 makes a temporary file, 0 a memory stream.
+ *
+ * Returns the stream, or NULL when memory is short. A file that cannot be
+ *         created gives a stream that takes nothing; S_GetIOError tells why.
+ * Memory:  the caller's; S_DestroyOutStream frees it. A temporary file stays
+ *         and is the caller's to remove (S_GetOutStreamFileName).
+ * Since:   1.0
+ */
+MIMORA_API S_OutStream *S_CreateOutStream(const char *fileName, S_Context context,
+                                          S_WriteProc write, S_SeekProc seek,
+                                          S_TellProc tell, int32_t bufferSize);
+
+/*
+ * Flushes and destroys an output stream and closes its file.
+ *
+ * out     the stream; NULL is ignored.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void S_DestroyOutStream(S_OutStream *out);
+
+/*
+ * Tests whether the handle is one of an output stream, for the log only.
+ * Since:   1.0
+ */
+MIMORA_API void S_CheckOutStream(S_OutStream *out);
+
+/*
+ * Finds the bytes of a memory stream.
+ *
+ * out     the stream.
+ * buffer  receives the address of the bytes; a zero follows the last one.
+ * length  receives their number, its low 32 bits.
+ *
+ * Returns 0; -1 when OUT is NULL. A null BUFFER or LENGTH is passed over.
+ * Memory:  the bytes belong to the stream and move when more is written.
+ * Since:   1.0
+ */
+MIMORA_API int32_t S_GetOutStreamBuffer(S_OutStream *out, const void **buffer,
+                                        uint32_t *length);
+
+/*
+ * Copies the name of a stream's file; that of a stream without a file is empty.
+ *
+ * out          the stream.
+ * destination  receives the name.
+ * size         room in DESTINATION, in bytes.
+ *
+ * Returns 0 copied; 1 the name and its zero do not fit, DESTINATION is then the
+ *         empty text (when SIZE is not 0).
+ * Since:   1.0
+ */
+MIMORA_API int32_t S_GetOutStreamFileName(S_OutStream *out, char *destination,
+                                          uint32_t size);
+
+/*
+ * Tells the first error of an output stream, the last one of an input stream.
+ *
+ * stream  a stream of either kind.
+ *
+ * Returns 0 for none (also for an address that is no stream), else an errno
+ *         value.
+ * Since:   1.0
+ */
+MIMORA_API int32_t S_GetIOError(const void *stream);
+
+/*
+ * Tells how many bytes were written, those in the buffer included.
+ *
+ * out     the stream.
+ *
+ * Returns the number of bytes; -1 when OUT is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int64_t S_WritePos(S_OutStream *out);
+
+/*
+ * Hands everything that is buffered on to the file or callback.
+ *
+ * out     the stream.
+ *
+ * Returns 0, or the stream's error, an errno value (EBADF when OUT is NULL).
+ * Since:   1.0
+ */
+MIMORA_API int32_t S_FlushBuffers(S_OutStream *out);
+
+/*
+ * Copies an input stream, from its present position to its end, into an output
+ * stream and flushes that.
+ *
+ * Returns MIMORA_OK, MIMORA_E_READ, MIMORA_E_WRITE; MIMORA_E_NOT_OPEN when
+ *         either is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t S_CopyFromInStreamToOutStream(S_InStream *in,
+                                                 S_OutStream *out);
+
+/* ------------------------------------------------------------------------
+ * Procedures: transfer encodings (RFC 2045 6.7, 6.8)
+ * --------------------------------------------------------------------- */
+
+/*
+ * Encodes an input stream as quoted-printable. Line ends, CR LF or LF, become
+ * CR LF; other control bytes are escaped; a dot at the start of a line is too.
+ *
+ * in      read to its end.
+ * out     receives the text and is flushed. Errors are latched in the streams.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void P_EncodeQuotedPrintable(S_InStream *in, S_OutStream *out);
+
+/*
+ * Decodes quoted-printable. Blanks before a line end are dropped, line ends
+ * become CR LF, and what is no proper escape is passed through.
+ *
+ * in      read to its end.
+ * out     receives the bytes and is flushed. Errors are latched in the streams.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void P_DecodeQuotedPrintable(S_InStream *in, S_OutStream *out);
+
+/*
+ * Encodes a file as base64 into another file.
+ *
+ * inputFile   name of the file to read.
+ * outputFile  name of the file to write; created or emptied.
+ * lineLength  characters a line, at most 80, each ended by CR LF; 0 or less: no
+ *             line ends.
+ *
+ * Returns MIMORA_OK, MIMORA_E_OPEN_INPUT, MIMORA_E_OPEN_OUTPUT, MIMORA_E_READ,
+ *         MIMORA_E_WRITE, MIMORA_E_UNCLASSIFIED.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_EncodeBASE64(const char *inputFile, const char *outputFile,
+                                  int32_t lineLength);
+
+/*
+ * Decodes a base64 file into another file. Characters outside the alphabet are
+ * skipped, padding ends a line, missing padding at the end is supplied.
+ *
+ * Arguments and results are those of P_EncodeBASE64.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_DecodeBASE64(const char *inputFile, const char *outputFile);
+
+/* ------------------------------------------------------------------------
+ * Procedures: the library itself
+ * --------------------------------------------------------------------- */
+
+/*
+ * Sets library-wide parameters. Known are NAMEPREFIXFORATTACHMENT ("att") and
+ * NAMEPREFIXFORMESSAGE ("message"); others are ignored. They are kept for the
+ * naming of saved messages and change no other result.
+ *
+ * list    texts KEY=VALUE, each zero-terminated, the last followed by an empty
+ *         one. NULL changes nothing. Keys are compared without regard to case.
+ *
+ * Threads: call it before other threads use the library.
+ * Since:   1.0
+ */
+MIMORA_API void P_SetGlobalParams(const char *list);
+
+/*
+ * Takes the trace over: every trace line goes to the callback instead of the
+ * file, whether the log is switched on or not. Error lines still go to the file.
+ *
+ * callback  receives the lines; NULL gives the trace back to the file.
+ *
+ * Threads: any; it counts from the next line on.
+ * Since:   1.0
+ */
+MIMORA_API void P_SetQQ_callback(P_TraceProc callback);
+
+/*
+ * Writes a line into the trace.
+ *
+ * text    the line, at most 2,047 bytes. It is a format text without arguments:
+ *         "%%" writes one percent sign, any other "%" stands for itself. NULL is
+ *         ignored.
+ *
+ * Threads: any.
+ * Since:   1.0
+ */
+MIMORA_API void P_QQ(const char *text);
+
+/*
+ * Returns 0, whatever the argument: the library is loaded and answers.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_MIMORATest(int32_t ignored);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* MIMORA_MIMORA_H_ */

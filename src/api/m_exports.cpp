@@ -1,0 +1,363 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// The M_ family: messages and their parts.
+#include <cinttypes>
+#include <cstdio>
+#include <new>
+#include <string>
+
+#include "analysis/raw_body.h"
+#include "api/frame.h"
+#include "mime/dump.h"
+#include "mime/parser.h"
+
+using namespace mimora;
+
+namespace {
+
+// Finds an optional text of a part and copies it out.
+template <typename Find>
+int32_t CopyText(const char* name, M_Bodypart* part, char* buffer, uint32_t* size, Find find) {
+  return RunOnBodypart(name, part, int32_t{-1}, [&](Bodypart& bodypart) {
+    const auto text = find(bodypart);
+    return text ? CopyOut(std::string_view(*text), buffer, size) : -1;
+  });
+}
+
+// The main value of a structured field, when it has one.
+std::optional<std::string> MainValue(const Bodypart& part, const char* field) {
+  std::string main = part.Field(field).Main();
+  if (main.empty()) return std::nullopt;
+  return main;
+}
+
+const char* DataOrNull(std::optional<std::string_view> text) {
+  return text ? text->data() : nullptr;
+}
+
+}  // namespace
+
+// ---- Life -------------------------------------------------------------------------------------
+
+M_Bodypart* M_CreateMessage() {
+  return RunExport("M_CreateMessage", [](int&) { return ToHandle(new (std::nothrow) Bodypart); });
+}
+
+int32_t M_DestroyMessage(M_Bodypart* part) {
+  return RunExport("M_DestroyMessage", [&](int&) {
+    if (part != nullptr) NoteBodypart(part);
+    delete ToBodypart(part);
+    return 0;
+  });
+}
+
+void M_CleanMessage(M_Bodypart* part) {
+  RunExport("M_CleanMessage", [&](int&) {
+    NoteBodypart(part);
+    if (part != nullptr) ToBodypart(part)->Clean();
+  });
+}
+
+void M_CheckBodypart(M_Bodypart* part) {
+  RunExport("M_CheckBodypart", [&](int&) { NoteBodypart(part); });
+}
+
+void M_PrintBodypart(M_Bodypart* part) {
+  NoteBodypart(part);
+  DumpBodypart(ToBodypart(part), stdout);
+}
+
+// ---- Loading ----------------------------------------------------------------------------------
+
+int32_t M_LoadMessage(M_Bodypart* part, S_InStream* in) {
+  return RunExport("M_LoadMessage", [&](int& ex_pos) -> int32_t {
+    NoteBodypart(part);
+    NoteInstream(in);
+    if (part == nullptr || in == nullptr) return kNotOpen;
+    ex_pos = 1;
+    return Load(*ToBodypart(part), *ToInstream(in));
+  });
+}
+
+int32_t M_LoadBodypartFromBuffer(M_Bodypart* part, const void* data, int32_t length) {
+  return RunExport("M_LoadBodypartFromBuffer", [&](int& ex_pos) -> int32_t {
+    NoteBodypart(part);
+    if (part == nullptr || data == nullptr || length < 0) return kNotOpen;
+    ex_pos = 1;
+    return LoadFromMemory(*ToBodypart(part),
+                          {static_cast<const char*>(data), static_cast<size_t>(length)});
+  });
+}
+
+int32_t M_LoadBodypartFromString(M_Bodypart* part, const char* text, int32_t length) {
+  const auto work = [&](int& ex_pos) -> int32_t {
+    NoteBodypart(part);
+    if (part == nullptr || text == nullptr || length < -1) return kNotOpen;
+    const size_t size = length == -1 ? std::strlen(text) : static_cast<size_t>(length);
+    ex_pos = 1;
+    LogTraceWithData(text, static_cast<int64_t>(size), "LoadBodypartFromString");
+    ex_pos = 2;
+    return LoadFromCopy(*ToBodypart(part), {text, size});
+  };
+  return RunExport("M_LoadBodypartFromString", work, [&](int ex_pos) {
+    LogError("<E> LoadBodypartFromString 0x%x exception_pos=%d, temp_int=%d, offset=%d",
+             static_cast<unsigned>(ExceptionCode()), ex_pos, length, 0);
+  });
+}
+
+void M_UndefineBodypartBodyStreamDefinition(M_Bodypart* part, S_InStream* in) {
+  constexpr const char* kName = "M_UndefineBodypartBodyStreamDefinition";
+  RunExport(kName, [&](int&) {
+    NoteBodypart(part);
+    if (in != nullptr) NoteInstream(in);
+    if (part != nullptr) ToBodypart(part)->DetachFrom(ToInstream(in));
+    NoteBodypart(part, kName);
+  });
+}
+
+void M_TakeoverBodypartBodyStreamDefinition(M_Bodypart* part, S_InStream* in) {
+  constexpr const char* kName = "M_TakeoverBodypartBodyStreamDefinition";
+  RunExport(kName, [&](int&) {
+    NoteBodypart(part);
+    NoteInstream(in);
+    if (part != nullptr) ToBodypart(part)->AttachTo(ToInstream(in));
+    NoteBodypart(part, kName);
+  });
+}
+
+// ---- Tree -------------------------------------------------------------------------------------
+
+int32_t M_GetChildBodypartsCount(M_Bodypart* part) {
+  return RunOnBodypart("M_GetChildBodypartsCount", part, int32_t{0}, [](Bodypart& bodypart) {
+    return static_cast<int32_t>(bodypart.Children.size());
+  });
+}
+
+M_Bodypart* M_GetNthChildBodypart(M_Bodypart* part, int32_t index) {
+  const auto find = [index](Bodypart& bodypart) -> M_Bodypart* {
+    // As unsigned a negative index is beyond every count.
+    const auto at = static_cast<uint32_t>(index);
+    return at < bodypart.Children.size() ? ToHandle(bodypart.Children[at].get()) : nullptr;
+  };
+  return RunOnBodypart("M_GetNthChildBodypart", part, static_cast<M_Bodypart*>(nullptr), find);
+}
+
+M_Bodypart* M_GetMessageBodypartBody(M_Bodypart* part) {
+  const auto find = [part](Bodypart& bodypart) {
+    return bodypart.EnclosedMessage != nullptr ? ToHandle(bodypart.EnclosedMessage.get()) : part;
+  };
+  return RunOnBodypart("M_GetMessageBodypartBody", part, static_cast<M_Bodypart*>(nullptr), find);
+}
+
+M_Bodypart* M_CreateChildBodypart(M_Bodypart* parent) {
+  // The parent reference of such a child stays null until a tree is parsed into it.
+  const auto create = [](Bodypart& bodypart) {
+    return ToHandle(bodypart.AppendChild(std::make_unique<Bodypart>()));
+  };
+  return RunOnBodypart("M_CreateChildBodypart", parent, static_cast<M_Bodypart*>(nullptr), create);
+}
+
+int32_t M_DeleteChildBodypart(M_Bodypart* parent, M_Bodypart* child) {
+  return RunExport("M_DeleteChildBodypart", [&](int&) {
+    NoteBodypart(parent);
+    NoteBodypart(child);
+    return parent != nullptr && ToBodypart(parent)->DeleteChild(ToBodypart(child)) ? 0 : -1;
+  });
+}
+
+int32_t M_GetBodypartFlags(M_Bodypart* part, uint32_t* flags) {
+  return RunOnBodypart("M_GetBodypartFlags", part, int32_t{-1}, [flags](Bodypart& bodypart) {
+    if (flags == nullptr) return -1;
+    *flags = bodypart.Flags();
+    return 0;
+  });
+}
+
+int32_t M_GetMessageFlags(M_Bodypart* part, uint32_t* flags) {
+  return M_GetBodypartFlags(part, flags);
+}
+
+// ---- Header fields ----------------------------------------------------------------------------
+
+int32_t M_HeaderFieldsCount(M_Bodypart* part) {
+  return RunOnBodypart("M_HeaderFieldsCount", part, int32_t{-1}, [](Bodypart& bodypart) {
+    return static_cast<int32_t>(bodypart.Header.Count());
+  });
+}
+
+int32_t M_BodypartHeaderFieldsCount(M_Bodypart* part) {
+  return RunOnBodypart("M_BodypartHeaderFieldsCount", part, int32_t{-1}, [](Bodypart& bodypart) {
+    return static_cast<int32_t>(bodypart.Header.Count());
+  });
+}
+
+int32_t M_BodypartHeaderField(M_Bodypart* part, int32_t index, const char** name,
+                              const char** value) {
+  constexpr const char* kName = "M_BodypartHeaderField";
+  return RunExport(kName, [&](int&) {
+    NoteBodypart(part);
+    const char* found_name = nullptr;
+    const char* found_value = nullptr;
+    if (part != nullptr && static_cast<uint32_t>(index) < ToBodypart(part)->Header.Count()) {
+      const HeaderField field = ToBodypart(part)->Header.At(static_cast<uint32_t>(index));
+      found_name = field.name.data();
+      found_value = field.value.data();
+    }
+    if (name != nullptr) *name = found_name;
+    if (value != nullptr) *value = found_value;
+    NoteBodypart(part, kName);
+    return found_name != nullptr ? 0 : -1;
+  });
+}
+
+int32_t M_BodypartHeaderFieldByIndex(M_Bodypart* part, int32_t index, char* buffer,
+                                     uint32_t* size) {
+  constexpr const char* kName = "M_BodypartHeaderFieldByIndex";
+  const auto copy = [&]() -> int32_t {
+    if (part == nullptr || static_cast<uint32_t>(index) >= ToBodypart(part)->Header.Count()) {
+      return -1;
+    }
+    const HeaderField field = ToBodypart(part)->Header.At(static_cast<uint32_t>(index));
+    if (size == nullptr) return 1;
+    // Its terminating zero is not counted, neither in what the buffer needs nor in what is stored.
+    const auto length = static_cast<uint32_t>(field.name.size() + 2 + field.value.size());
+    const bool fits = buffer != nullptr && *size >= length;
+    *size = length;
+    if (!fits) return 1;
+    char* next = std::copy(field.name.begin(), field.name.end(), buffer);
+    *next++ = ':';
+    *next++ = ' ';
+    *std::copy(field.value.begin(), field.value.end(), next) = '\0';
+    return 0;
+  };
+  return RunExport(kName, [&](int&) {
+    NoteBodypart(part);
+    const int32_t result = copy();
+    NoteBodypart(part, kName);
+    return result;
+  });
+}
+
+const char* M_BodypartHeaderFieldValue(M_Bodypart* part, const char* name) {
+  const auto find = [name](Bodypart& bodypart) {
+    return DataOrNull(bodypart.Header.Find(TextOrEmpty(name)));
+  };
+  return RunOnBodypart("M_BodypartHeaderFieldValue", part, static_cast<const char*>(nullptr), find);
+}
+
+int32_t M_BodypartHeaderFieldValueProc(M_Bodypart* part, const char* name, char* buffer,
+                                       uint32_t* size) {
+  // The one export whose entry line has an argument.
+  LogTrace("M_BodypartHeaderFieldValueProc in, keyname = '%s'", name != nullptr ? name : "null");
+  NoteBodypart(part);
+  const auto value = part != nullptr ? ToBodypart(part)->Header.Find(TextOrEmpty(name))
+                                     : std::optional<std::string_view>();
+  const int32_t result = CopyOut(value, buffer, size);
+  LogTrace("M_BodypartHeaderFieldValueProc out");
+  return result;
+}
+
+const char* M_BodypartHeaderFieldNthValue(M_Bodypart* part, const char* name, int32_t n) {
+  const auto find = [name, n](Bodypart& bodypart) {
+    return DataOrNull(bodypart.Header.Find(TextOrEmpty(name), n));
+  };
+  return RunOnBodypart("M_BodypartHeaderFieldNthValue", part, static_cast<const char*>(nullptr),
+                       find);
+}
+
+int32_t M_BodypartHeaderFieldNthValueProc(M_Bodypart* part, const char* name, int32_t n,
+                                          char* buffer, uint32_t* size) {
+  return CopyText(
+      "M_BodypartHeaderFieldNthValueProc", part, buffer, size,
+      [&](const Bodypart& bodypart) { return bodypart.Header.Find(TextOrEmpty(name), n); });
+}
+
+int32_t M_DeleteBodypartHeaderField(M_Bodypart* part, int32_t index) {
+  return RunOnBodypart("M_DeleteBodypartHeaderField", part, int32_t{-1}, [&](Bodypart& bodypart) {
+    const auto at = static_cast<uint32_t>(index);
+    if (at >= bodypart.Header.Count()) return -1;
+    bodypart.Header.Delete(at);
+    return 0;
+  });
+}
+
+int32_t M_GetContentTransferEncoding(M_Bodypart* part, char* buffer, uint32_t* size) {
+  return CopyText("M_GetContentTransferEncoding", part, buffer, size, [](const Bodypart& bodypart) {
+    return MainValue(bodypart, "Content-Transfer-Encoding");
+  });
+}
+
+int32_t M_GetContentDisposition(M_Bodypart* part, char* buffer, uint32_t* size) {
+  return CopyText("M_GetContentDisposition", part, buffer, size, [](const Bodypart& bodypart) {
+    return MainValue(bodypart, "Content-Disposition");
+  });
+}
+
+int32_t M_GetCharset(M_Bodypart* part, char* buffer, uint32_t* size) {
+  return CopyText("M_GetCharset", part, buffer, size, [](const Bodypart& bodypart) {
+    return bodypart.Field("Content-Type").Parameter("charset");
+  });
+}
+
+int32_t M_MimeParameter(M_Bodypart* part, const char* field, const char* parameter, char* buffer,
+                        uint32_t* size) {
+  return CopyText("M_MimeParameter", part, buffer, size, [&](const Bodypart& bodypart) {
+    return bodypart.Field(TextOrEmpty(field)).Parameter(TextOrEmpty(parameter));
+  });
+}
+
+int32_t M_GetBodypartMimeContentType(M_Bodypart* part, char* buffer, uint32_t size) {
+  return RunOnBodypart(
+      "M_GetBodypartMimeContentType", part, CopyCut("", buffer, size) | 1,
+      [&](Bodypart& bodypart) { return CopyCut(bodypart.Type().Full(), buffer, size); });
+}
+
+// ---- Bodies as they stand ---------------------------------------------------------------------
+
+int32_t M_GetBodypartSize(M_Bodypart* part, int64_t* decodedSize, int64_t* rawSize) {
+  return RunOnBodypart("M_GetBodypartSize", part, int32_t{-1}, [&](Bodypart& bodypart) {
+    if (decodedSize != nullptr) *decodedSize = bodypart.DecodedSize;
+    if (rawSize != nullptr) *rawSize = bodypart.BodyLength;
+    return 0;
+  });
+}
+
+int64_t M_GetAttachmentSize(int32_t number, M_Bodypart* part) {
+  return RunOnBodypart("M_GetAttachmentSize", part, int64_t{-1}, [number](Bodypart& bodypart) {
+    if (number == 0) return bodypart.DecodedSize;
+    const EmbeddedAttachment* file = bodypart.Embedded(number);
+    return file != nullptr ? file->DecodedSize : int64_t{-1};
+  });
+}
+
+uint32_t M_GetBodyTextRawSize(M_Bodypart* part) {
+  return RunOnBodypart("M_GetBodyTextRawSize", part, uint32_t{0}, [](Bodypart& bodypart) {
+    return static_cast<uint32_t>(bodypart.BodyLength);
+  });
+}
+
+uint32_t M_GetBodypartTextRawSize(M_Bodypart* part) {
+  return RunOnBodypart("M_GetBodypartTextRawSize", part, uint32_t{0}, [](Bodypart& bodypart) {
+    return static_cast<uint32_t>(bodypart.BodyLength + bodypart.BodyStart - bodypart.PartStart);
+  });
+}
+
+int32_t M_GetBodyText(M_Bodypart* part, S_InStream* in4, void* buffer, int32_t offset,
+                      uint32_t* size) {
+  return RunExport("M_GetBodyText", [&](int& ex_pos) {
+    NoteBodypart(part);
+    if (in4 != nullptr) NoteInstream(in4);
+    ex_pos = 1;
+    return ReadBodyText(ToBodypart(part), ToInstream(in4), buffer, offset, size);
+  });
+}
+
+int32_t M_GetBodypartText(M_Bodypart* part, S_InStream* in4, void* buffer, int32_t offset,
+                          uint32_t* size) {
+  return RunExport("M_GetBodypartText", [&](int& ex_pos) {
+    NoteBodypart(part);
+    if (in4 != nullptr) NoteInstream(in4);
+    ex_pos = 1;
+    return ReadBodypartText(ToBodypart(part), ToInstream(in4), buffer, offset, size);
+  });
+}

@@ -1,0 +1,58 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// The P_ family: procedures on plain data.
+#include "api/frame.h"
+#include "codec/file_coders.h"
+#include "codec/quoted_printable.h"
+#include "diag/global_params.h"
+
+using namespace mimora;
+
+namespace {
+
+template <typename Coder>
+void RunStreamCoder(const char* name, S_InStream* in, S_OutStream* out, Coder coder) {
+  RunExport(name, [&](int& ex_pos) {
+    NoteInstream(in);
+    NoteOutstream(out);
+    ex_pos = 1;
+    if (in != nullptr && out != nullptr) coder(*ToInstream(in), *ToOutstream(out));
+  });
+}
+
+}  // namespace
+
+// ---- Transfer encodings -------------------------------------------------------------------------
+
+void P_EncodeQuotedPrintable(S_InStream* in, S_OutStream* out) {
+  RunStreamCoder("P_EncodeQuotedPrintable", in, out, EncodeQuotedPrintable);
+}
+
+void P_DecodeQuotedPrintable(S_InStream* in, S_OutStream* out) {
+  RunStreamCoder("P_DecodeQuotedPrintable", in, out, DecodeQuotedPrintable);
+}
+
+int32_t P_EncodeBASE64(const char* inputFile, const char* outputFile, int32_t lineLength) {
+  return RunExport("P_EncodeBASE64", [&](int&) -> int32_t {
+    return EncodeBase64File(inputFile, outputFile, lineLength);
+  });
+}
+
+int32_t P_DecodeBASE64(const char* inputFile, const char* outputFile) {
+  return RunExport("P_DecodeBASE64",
+                   [&](int&) -> int32_t { return DecodeBase64File(inputFile, outputFile); });
+}
+
+// ---- The library itself -------------------------------------------------------------------------
+
+// These write no lines of their own into the trace.
+
+void P_SetGlobalParams(const char* list) { TheGlobalParams().Set(list); }
+
+void P_SetQQ_callback(P_TraceProc callback) { SetTraceCallback(callback); }
+
+void P_QQ(const char* text) {
+  if (text != nullptr && TraceHeard()) LogTrace("%s", UnescapePercent(text).c_str());
+}
+
+int32_t P_MIMORATest(int32_t /*ignored*/) { return 0; }

@@ -1,0 +1,224 @@
+// Copyright (c) 2026 the mimora developers.
+#include "codec/quoted_printable.h"
+
+#include <array>
+
+#include "codec/run_coder.h"
+#include "diag/limits.h"
+#include "platform/ascii.h"
+#include "stream/scan.h"
+
+namespace mimora {
+namespace {
+
+// An encoded line is broken once it holds more than this.
+constexpr size_t kLongestPlainLine = 71;
+
+constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+
+// Letters behind F go on with the sequence; the value of the pair keeps its low eight bits.
+constexpr int DigitValue(char c) { return IsDigit(c) ? c - '0' : ToUpper(c) - 'A' + 10; }
+
+constexpr bool IsLetterOrDigit(char c) {
+  return IsDigit(c) || (ToUpper(c) >= 'A' && ToUpper(c) <= 'Z');
+}
+
+// Bytes that an encoded line holds as they stand, wherever they are in it.
+consteval std::array<bool, 256> MakePlain() {
+  std::array<bool, 256> plain{};
+  for (size_t c = 0x20; c <= 0x7F; ++c) plain[c] = c != '=' && c != '.';
+  plain['\t'] = true;
+  return plain;
+}
+
+constexpr std::array<bool, 256> kPlain = MakePlain();
+
+class Encoder {
+ public:
+  explicit Encoder(Moutstream& out) : out_(out) {}
+
+  void Feed(std::string_view bytes) {
+    const char* p = bytes.data();
+    const char* end = p + bytes.size();
+    while (p < end) {
+      if (after_cr_) {
+        after_cr_ = false;
+        if (*p == '\n') {
+          EndLine();
+          ++p;
+          continue;
+        }
+        AddEscape('\r');
+      }
+      p = AddPlain(p, end);
+      if (p < end) Add(*p++);
+    }
+  }
+
+  void Finish() {
+    if (after_cr_) AddEscape('\r');
+    out_.WriteText({line_, length_});
+  }
+
+ private:
+  // Takes plain bytes as far as they go, up to the place where the line is broken.
+  const char* AddPlain(const char* p, const char* end) {
+    while (p < end && kPlain[static_cast<uint8_t>(*p)]) {
+      line_[length_++] = *p++;
+      if (length_ > kLongestPlainLine) BreakLine();
+    }
+    return p;
+  }
+
+  void Add(char c) {
+    if (c == '\r') {
+      after_cr_ = true;
+    } else if (c == '\n') {
+      EndLine();
+    } else if (c == '.' && length_ > 0) {
+      line_[length_++] = c;
+      if (length_ > kLongestPlainLine) BreakLine();
+    } else {
+      // A dot at the start of a line could end the mail on its way through SMTP.
+      AddEscape(c);
+    }
+  }
+
+  void AddEscape(char c) {
+    const auto byte = static_cast<uint8_t>(c);
+    line_[length_++] = '=';
+    line_[length_++] = kHexDigits[byte >> 4];
+    line_[length_++] = kHexDigits[byte & 15];
+    if (length_ > kLongestPlainLine) BreakLine();
+  }
+
+  void BreakLine() {
+    line_[length_++] = '=';
+    out_.WriteLine({line_, length_});
+    length_ = 0;
+  }
+
+  // A blank at the end of a line would be lost on the way.
+  void EndLine() {
+    if (length_ > 0 && IsBlank(line_[length_ - 1])) {
+      const char blank = line_[--length_];
+      line_[length_++] = '=';
+      line_[length_++] = kHexDigits[static_cast<uint8_t>(blank) >> 4];
+      line_[length_++] = kHexDigits[blank & 15];
+    }
+    out_.WriteLine({line_, length_});
+    length_ = 0;
+  }
+
+  Moutstream& out_;
+  // Room for a full line, an escape that passes its end, and the "=" of a soft break.
+  char line_[kLongestPlainLine + 8] = {};
+  size_t length_ = 0;
+  bool after_cr_ = false;
+};
+
+const char* TrimBlanks(const char* begin, const char* end) {
+  while (end > begin && IsBlank(end[-1])) --end;
+  return end;
+}
+
+}  // namespace
+
+int32_t EncodeQuotedPrintable(Minstream& in, Moutstream& out) {
+  Encoder encoder(out);
+  return RunCoder(in, out, encoder);
+}
+
+int32_t DecodeQuotedPrintable(Minstream& in, Moutstream& out) {
+  QuotedPrintableDecoder decoder(out);
+  return RunCoder(in, out, decoder);
+}
+
+void QuotedPrintableDecoder::Feed(std::string_view text) {
+  const char* p = text.data();
+  const char* end = p + text.size();
+  while (p < end) {
+    const bool rest_of_line_end = after_cr_ && *p == '\n';
+    after_cr_ = false;
+    if (rest_of_line_end) {
+      ++p;
+    } else if (IsLineEnd(*p)) {
+      after_cr_ = *p++ == '\r';
+      EndLine("\r\n");
+    } else if (escape_ != Escape::kNone) {
+      p = FeedEscape(p, end);
+    } else {
+      p = FeedText(p, end);
+    }
+  }
+}
+
+// Takes text up to the next escape or line end, the "=" of the escape included.
+const char* QuotedPrintableDecoder::FeedText(const char* p, const char* end) {
+  const char* stop = FindLineEndOr(p, end, '=');
+  const bool escape = stop < end && *stop == '=';
+  const char* kept = escape ? stop : TrimBlanks(p, stop);
+  if (kept > p || escape) Release();
+  out_.WriteBlock(p, kept - p);
+  Hold(kept, stop);
+  if (escape) escape_ = Escape::kBegun;
+  return escape ? stop + 1 : stop;
+}
+
+const char* QuotedPrintableDecoder::FeedEscape(const char* p, const char* end) {
+  if (IsBlank(*p)) {
+    const char* stop = p;
+    while (stop < end && IsBlank(*stop)) ++stop;
+    Hold(p, stop);
+    return stop;
+  }
+  if (!held_.empty() || escape_ == Escape::kLiteral || !IsLetterOrDigit(*p)) {
+    const bool ended_by_equals = held_.empty() && escape_ != Escape::kLiteral && *p == '=';
+    GiveUpEscape();
+    Release();
+    if (!ended_by_equals) return p;
+    escape_ = Escape::kLiteral;
+  } else if (escape_ == Escape::kBegun) {
+    digit_ = *p;
+    escape_ = Escape::kDigit;
+  } else {
+    out_.WriteChar(static_cast<char>(16 * DigitValue(digit_) + DigitValue(*p)));
+    escape_ = Escape::kNone;
+  }
+  return p + 1;
+}
+
+void QuotedPrintableDecoder::EndLine(std::string_view line_end) {
+  held_.clear();
+  const bool soft_break = escape_ == Escape::kBegun || escape_ == Escape::kLiteral;
+  if (escape_ == Escape::kDigit) GiveUpEscape();
+  escape_ = Escape::kNone;
+  if (!soft_break) out_.WriteText(line_end);
+}
+
+void QuotedPrintableDecoder::Hold(const char* p, const char* end) {
+  while (end - p + std::ssize(held_) >= static_cast<std::ptrdiff_t>(kLongestHeldBlanks)) {
+    const auto taken = static_cast<std::ptrdiff_t>(kLongestHeldBlanks - held_.size());
+    held_.append(p, p + taken);
+    p += taken;
+    GiveUpEscape();
+    Release();
+  }
+  held_.append(p, end);
+}
+
+void QuotedPrintableDecoder::Release() {
+  if (held_.empty()) return;
+  out_.WriteText(held_);
+  held_.clear();
+}
+
+// Writes what stands of an escape as the text that it is.
+void QuotedPrintableDecoder::GiveUpEscape() {
+  if (escape_ == Escape::kNone) return;
+  out_.WriteChar('=');
+  if (escape_ == Escape::kDigit) out_.WriteChar(digit_);
+  escape_ = Escape::kNone;
+}
+
+}  // namespace mimora

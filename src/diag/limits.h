@@ -1,0 +1,44 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// What a sender may not choose without bound. Every limit is soft: the mail beyond it is kept,
+// only less of its structure is seen.
+#ifndef MIMORA_DIAG_LIMITS_H_
+#define MIMORA_DIAG_LIMITS_H_
+
+#include <cstddef>
+#include <cstdint>
+
+namespace mimora {
+
+// A part more than this many levels below the root is a leaf, whatever its type says: parsing,
+// writing and destroying a tree go down level by level.
+constexpr int kDeepestLevel = 100;
+
+// Once a message has this many parts (the message itself not counted), the rest of each multipart
+// is one last leaf.
+constexpr int kMostParts = 10'000;
+
+// Files listed from one body. Uuencoded blocks beyond them stay text, further TNEF attachments stay
+// inside their stream.
+constexpr size_t kMostEmbeddedFiles = 10'000;
+
+// The name of a file embedded in a TNEF stream is cut here.
+constexpr int64_t kLongestTnefName = 4096;
+
+// A preamble is kept if a delimiter comes within this many bytes.
+constexpr int64_t kLongestPreamble = 65535;
+
+// White space behind a closing delimiter is looked through up to this many bytes, the longest line
+// that mail may have; with more of it the line closes as well.
+constexpr int64_t kLongestDelimiterPadding = 998;
+
+// A longer line is neither the first line of a uuencoded block nor one of its data lines.
+constexpr size_t kLongestUuLine = 1000;
+
+// Blanks in front of a line end are dropped from quoted-printable text; of a longer run of them,
+// every full piece of this size is text.
+constexpr size_t kLongestHeldBlanks = 4096;
+
+}  // namespace mimora
+
+#endif  // MIMORA_DIAG_LIMITS_H_

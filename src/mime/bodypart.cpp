@@ -1,0 +1,134 @@
+// Copyright (c) 2026 the mimora developers.
+#include "mime/bodypart.h"
+
+#include <algorithm>
+
+#include "platform/ascii.h"
+
+namespace mimora {
+namespace {
+
+enum Flag : uint32_t { kReceiptRequested = 0x1, kSigned = 0x2, kPkcs7 = 0x4 };
+
+bool IsPkcs7(const ContentType& type) {
+  return type.Is("APPLICATION", "PKCS7-MIME") || type.Is("APPLICATION", "X-PKCS7-MIME");
+}
+
+}  // namespace
+
+Bodypart::~Bodypart() {
+  MIMORA_CHECK_TAG_IS_FIRST(Bodypart);
+  Clean();
+  // Volatile, or the compiler would drop a store into an object that ends here.
+  static_cast<volatile uint32_t&>(tag_) = 0;
+}
+
+// Moves the subparts into a list that is linked through their parent references.
+void Bodypart::ReleaseSubparts(Bodypart*& list) {
+  const auto push = [&list](std::unique_ptr<Bodypart>& part) {
+    if (part == nullptr) return;
+    part->Parent = list;
+    list = part.release();
+  };
+  for (auto& child : Children) push(child);
+  push(EnclosedMessage);
+  Children.clear();
+}
+
+void Bodypart::Clean() {
+  // One by one: destroying a deep tree from its root would need a stack as deep.
+  Bodypart* pending = nullptr;
+  ReleaseSubparts(pending);
+  while (pending != nullptr) {
+    const std::unique_ptr<Bodypart> part(pending);
+    pending = part->Parent;
+    part->ReleaseSubparts(pending);
+  }
+  DataDefinitionType = kNoBody;
+  Opaque = false;
+  PartStart = HeaderSize = BodyStart = BodyLength = DecodedSize = 0;
+  BodyStream = nullptr;
+  Header.Clear();
+  ContentTransferEncoding.clear();
+  Charset.clear();
+  Preamble = {};
+  UuencodedBlocks = {};
+  TnefAttachments = {};
+  OwnStream = nullptr;
+  OwnText = nullptr;
+}
+
+int Bodypart::Depth() const {
+  int depth = 0;
+  for (const Bodypart* part = Parent; part != nullptr; part = part->Parent) ++depth;
+  return depth;
+}
+
+FieldValue Bodypart::Field(std::string_view name) const {
+  return FieldValue(Header.Find(name).value_or(""));
+}
+
+ContentType Bodypart::Type() const {
+  if (auto type = ParseContentType(Field("Content-Type"))) return *type;
+  // The rest of a multipart that has too many parts: it has no header of its own.
+  if (Opaque) return {"APPLICATION", "OCTET-STREAM"};
+  const bool declared = Header.Find("Content-Type").has_value();
+  if (!declared && Parent != nullptr && Parent->Type().Is("MULTIPART", "DIGEST")) {
+    return {"MESSAGE", "RFC822"};
+  }
+  return {"TEXT", "PLAIN"};
+}
+
+uint32_t Bodypart::Flags() const {
+  uint32_t flags = 0;
+  const auto receipt = Header.Find("Disposition-Notification-To");
+  if (receipt && !std::all_of(receipt->begin(), receipt->end(), IsSpace)) {
+    flags |= kReceiptRequested;
+  }
+  const ContentType type = Type();
+  if (IsPkcs7(type)) {
+    flags |= kPkcs7;
+    const auto kind = Field("Content-Type").Parameter("smime-type");
+    if (kind && EqualIgnoringCase(*kind, "SIGNED-DATA")) flags |= kSigned;
+  }
+  if (type.Is("MULTIPART", "SIGNED")) flags |= kSigned;
+  return flags;
+}
+
+void Bodypart::DetachFrom(const Minstream* stream) {
+  WalkBodyparts(*this, [stream](Bodypart& part) {
+    if (part.DataDefinitionType != kBodyInStream || part.BodyStream != stream) return;
+    part.DataDefinitionType = kBodyDetached;
+    part.BodyStream = nullptr;
+  });
+}
+
+void Bodypart::AttachTo(Minstream* stream) {
+  WalkBodyparts(*this, [stream](Bodypart& part) {
+    if (part.DataDefinitionType != kBodyDetached) return;
+    part.DataDefinitionType = kBodyInStream;
+    part.BodyStream = stream;
+  });
+}
+
+Bodypart* Bodypart::AppendChild(std::unique_ptr<Bodypart> child) {
+  return Children.emplace_back(std::move(child)).get();
+}
+
+bool Bodypart::DeleteChild(const Bodypart* child) {
+  const auto found = std::find_if(Children.begin(), Children.end(),
+                                  [child](const auto& part) { return part.get() == child; });
+  if (found == Children.end()) return false;
+  Children.erase(found);
+  return true;
+}
+
+const EmbeddedAttachment* Bodypart::Embedded(int32_t number) const {
+  if (number < 1) return nullptr;
+  auto index = static_cast<size_t>(number) - 1;
+  if (index < UuencodedBlocks.size()) return &UuencodedBlocks[index];
+  index -= UuencodedBlocks.size();
+  return index < TnefAttachments.size() ? &TnefAttachments[index] : nullptr;
+}
+
+}  // namespace mimora

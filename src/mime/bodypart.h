@@ -1,0 +1,121 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// One node of a message's tree; the message itself is the root. A part records where its header and
+// body lie in the input stream; it holds no byte of a body.
+//
+// Several threads may read one tree while none changes it.
+#ifndef MIMORA_MIME_BODYPART_H_
+#define MIMORA_MIME_BODYPART_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "diag/checks.h"
+#include "mime/field_value.h"
+#include "mime/header_fields.h"
+#include "stream/minstream.h"
+
+namespace mimora {
+
+// Where a body comes from.
+enum DataDefinition : int32_t {
+  kNoBody = 0,
+  kBodyInStream = 1,  // BodyStart and BodyLength in BodyStream
+  kBodyDetached = 4,  // the same place in a stream that is still to be named
+};
+
+// A file found inside a body.
+struct EmbeddedAttachment {
+  std::string Name;
+  int64_t DecodedSize = 0;
+  int64_t Offset = 0;       // uuencoded: from BodyStart; TNEF: inside the decoded TNEF stream
+  int64_t BlockLength = 0;  // uuencoded: from its "begin" line through its "end" line
+};
+
+class Bodypart {
+ public:
+  Bodypart() = default;
+  explicit Bodypart(Bodypart* parent) : Parent(parent) {}
+  ~Bodypart();
+  Bodypart(const Bodypart&) = delete;
+  Bodypart& operator=(const Bodypart&) = delete;
+
+  // As new again; only its place in the tree stays.
+  void Clean();
+
+  // Steps to the root.
+  int Depth() const;
+
+  // With the defaults of RFC 2045 5.2 and RFC 2046 5.1.5.
+  ContentType Type() const;
+
+  // The first field of that name, analysed; of an empty text when there is none.
+  FieldValue Field(std::string_view name) const;
+
+  // MIMORA_FLAG_ values.
+  uint32_t Flags() const;
+
+  void DetachFrom(const Minstream* stream);
+  void AttachTo(Minstream* stream);
+
+  Bodypart* AppendChild(std::unique_ptr<Bodypart> child);
+  bool DeleteChild(const Bodypart* child);
+
+  // The n-th embedded file, uuencoded ones first, counted from 1; null when there is none.
+  const EmbeddedAttachment* Embedded(int32_t number) const;
+
+ private:
+  uint32_t tag_ = kBodypartSignature;
+
+ public:
+  DataDefinition DataDefinitionType = kNoBody;
+  // A multipart, or the rest of one, whose structure was not looked into.
+  bool Opaque = false;
+  Bodypart* Parent = nullptr;
+  int64_t PartStart = 0;
+  int64_t HeaderSize = 0;
+  int64_t BodyStart = 0;
+  int64_t BodyLength = 0;
+  int64_t DecodedSize = 0;
+  Minstream* BodyStream = nullptr;
+
+  HeaderFields Header;
+  std::vector<std::unique_ptr<Bodypart>> Children;
+  std::unique_ptr<Bodypart> EnclosedMessage;
+  std::string ContentTransferEncoding;
+  std::string Charset;
+  std::string Preamble;
+  std::vector<EmbeddedAttachment> UuencodedBlocks;
+  std::vector<EmbeddedAttachment> TnefAttachments;
+
+  // What a part that was loaded from memory owns: the copy of its text, and the stream over it.
+  std::unique_ptr<std::string> OwnText;
+  std::unique_ptr<Minstream> OwnStream;
+
+ private:
+  void ReleaseSubparts(Bodypart*& list);
+};
+
+// Calls VISIT for the part and all below it, a part before its children. Needs no stack in
+// proportion to the depth.
+template <typename Part, typename Visit>
+void WalkBodyparts(Part& root, Visit visit) {
+  std::vector<Part*> pending{&root};
+  while (!pending.empty()) {
+    Part* part = pending.back();
+    pending.pop_back();
+    visit(*part);
+    if (part->EnclosedMessage != nullptr) pending.push_back(part->EnclosedMessage.get());
+    for (auto child = part->Children.rbegin(); child != part->Children.rend(); ++child) {
+      pending.push_back(child->get());
+    }
+  }
+}
+
+}  // namespace mimora
+
+#endif  // MIMORA_MIME_BODYPART_H_

@@ -1,0 +1,114 @@
+// Copyright (c) 2026 the mimora developers.
+#include "mime/dump.h"
+
+#include <cinttypes>
+#include <string>
+#include <vector>
+
+namespace mimora {
+namespace {
+
+// Positions are shown as their low 32 bits.
+std::string Number(int64_t value) { return std::to_string(static_cast<uint32_t>(value)); }
+
+class Dump {
+ public:
+  explicit Dump(std::FILE* file) : file_(file) {}
+
+  // A tree may be as deep as its maker liked: the way back up is kept here, not on the stack.
+  void Write(const Bodypart& root) {
+    Open(root);
+    while (!open_.empty()) {
+      const Bodypart& part = *open_.back().part;
+      const size_t next = open_.back().next++;
+      const std::string major = part.Type().major;
+      if (major == "MULTIPART" && next < part.Children.size()) {
+        Line(part, "child bodypart " + std::to_string(next) + ":");
+        Open(*part.Children[next]);
+      } else if (major == "MESSAGE" && next == 0 && part.EnclosedMessage != nullptr) {
+        Line(part, "body=bodypart");
+        Open(*part.EnclosedMessage);
+      } else {
+        WriteEnd(part);
+        open_.pop_back();
+      }
+    }
+  }
+
+ private:
+  struct Level {
+    const Bodypart* part;
+    size_t next;  // which subpart comes next
+  };
+
+  void Open(const Bodypart& part) {
+    open_.push_back({&part, 0});
+    WriteStart(part);
+  }
+
+  void Line(const Bodypart& part, const std::string& text) {
+    const std::string line = std::string(2 * static_cast<size_t>(part.Depth()), ' ') + text + "\n";
+    std::fwrite(line.data(), 1, line.size(), file_);
+    std::fflush(file_);
+  }
+
+  void Rule(const Bodypart& part, const char* rule) {
+    const std::string id(part.Header.Find("Content-ID").value_or(""));
+    Line(part, "----[" + std::to_string(part.Depth()) + "] " + id + rule);
+  }
+
+  void Quoted(const Bodypart& part, const char* label, const char* field) {
+    Line(part, label + (" = \"" + std::string(part.Header.Find(field).value_or("")) + "\""));
+  }
+
+  void WriteStart(const Bodypart& part) {
+    Rule(part, "-----START-------------------------");
+    Quoted(part, "content-type", "Content-type");
+    Quoted(part, "content-transfer-encoding", "Content-transfer-encoding");
+    Line(part, "header:");
+    Line(part, "  offset = " + Number(part.PartStart));
+    Line(part, "  size = " + Number(part.HeaderSize));
+    Line(part, "  fields count = " + std::to_string(part.Header.Count()));
+    Line(part, "body:");
+    Line(part, "  offset = " + Number(part.BodyStart));
+    Line(part, "  size = " + Number(part.BodyLength));
+    if (part.Type().major == "MULTIPART") {
+      Line(part, "child parts count = " + std::to_string(part.Children.size()));
+    }
+  }
+
+  void WriteEnd(const Bodypart& part) {
+    WriteFiles(part, "uupart ", part.UuencodedBlocks, true);
+    WriteFiles(part, "tnefpart ", part.TnefAttachments, false);
+    Rule(part, "-----END---------------------------");
+  }
+
+  void WriteFiles(const Bodypart& part, const char* label,
+                  const std::vector<EmbeddedAttachment>& files, bool encoded) {
+    size_t number = 0;
+    for (const EmbeddedAttachment& file : files) {
+      const int64_t size = encoded ? file.BlockLength : file.DecodedSize;
+      std::string line = label + std::to_string(number++) + " name=" + file.Name +
+                         ", offset =" + std::to_string(file.Offset) +
+                         ", size =" + std::to_string(size);
+      if (encoded) line += ", rawsize =" + std::to_string(file.DecodedSize);
+      Line(part, line);
+    }
+  }
+
+  std::FILE* file_;
+  std::vector<Level> open_;
+};
+
+}  // namespace
+
+void DumpBodypart(const Bodypart* part, std::FILE* file) {
+  if (part == nullptr) {
+    std::fputs("bodypart is NULL\n", file);
+    std::fflush(file);
+    return;
+  }
+  Dump(file).Write(*part);
+}
+
+}  // namespace mimora

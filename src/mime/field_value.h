@@ -1,0 +1,56 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// The analysis of structured field values, such as "text/plain; charset=utf-8" (RFC 2045 5.1), with
+// comments (RFC 5322 3.2.2), quoted strings, and continued and percent-encoded parameters
+// (RFC 2231). Everything that needs a piece of such a field asks here.
+#ifndef MIMORA_MIME_FIELD_VALUE_H_
+#define MIMORA_MIME_FIELD_VALUE_H_
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mimora {
+
+// Refers to the text that it was made from.
+class FieldValue {
+ public:
+  explicit FieldValue(std::string_view text);
+
+  // What stands before the parameters: comments and folding removed, trimmed.
+  std::string Main() const;
+
+  // A parameter, ready for use. When it stands in a plain and in an extended form, the extended one
+  // counts, and of several alike the first.
+  std::optional<std::string> Parameter(std::string_view name) const;
+
+ private:
+  struct RawParameter {
+    std::string_view name;   // trimmed; with the "*" marks of an extended one
+    std::string_view value;  // as it stands
+    bool comments;           // whether an opening parenthesis in it begins a comment
+  };
+
+  std::string_view main_;
+  bool comments_in_main_ = true;
+  std::vector<RawParameter> parameters_;
+};
+
+// A content type in upper case, for example TEXT and PLAIN.
+struct ContentType {
+  std::string major;
+  std::string sub;
+
+  std::string Full() const { return major + "/" + sub; }
+  bool Is(std::string_view a_major, std::string_view a_sub) const {
+    return major == a_major && sub == a_sub;
+  }
+};
+
+// The type in a Content-Type value; nothing when it is not of the form major/sub.
+std::optional<ContentType> ParseContentType(const FieldValue& value);
+
+}  // namespace mimora
+
+#endif  // MIMORA_MIME_FIELD_VALUE_H_

@@ -1,0 +1,52 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// The header fields of a part, in the order of the message, duplicates included.
+#ifndef MIMORA_MIME_HEADER_FIELDS_H_
+#define MIMORA_MIME_HEADER_FIELDS_H_
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mimora {
+
+// A zero stands behind either text. Both live until the fields are changed.
+struct HeaderField {
+  std::string_view name;
+  std::string_view value;  // folding is kept as CR LF and the white space
+};
+
+class HeaderFields {
+ public:
+  size_t Count() const { return entries_.size(); }
+  HeaderField At(size_t index) const;
+
+  // The value of the N-th field of a name, counted from 1.
+  std::optional<std::string_view> Find(std::string_view name, int n = 1) const;
+
+  void Append(std::string_view name, std::string_view value);
+  // Takes a line of a header: a field, or the continuation of the last one. A line that is neither
+  // is passed over, and told in the log.
+  void AppendLine(std::string_view line);
+  void Delete(size_t index);
+  void Clear();
+
+ private:
+  struct Entry {
+    size_t start;
+    size_t name_size;
+    size_t value_size;
+  };
+
+  void Continue(std::string_view line);
+
+  // All texts lie in one block: a header costs two allocations that grow, whatever it holds.
+  std::string texts_;
+  std::vector<Entry> entries_;
+};
+
+}  // namespace mimora
+
+#endif  // MIMORA_MIME_HEADER_FIELDS_H_

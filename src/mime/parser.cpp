@@ -1,0 +1,269 @@
+// Copyright (c) 2026 the mimora developers.
+#include "mime/parser.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "codec/transfer_encoding.h"
+#include "codec/uuencode.h"
+#include "diag/limits.h"
+#include "mime/tnef.h"
+#include "platform/ascii.h"
+#include "stream/moutstream.h"
+#include "stream/temporary_file.h"
+
+namespace mimora {
+namespace {
+
+// Whether the load goes on: the mail is at fault, not the stream.
+bool IsTolerated(Result result) {
+  return result == kOk || result == kHeaderCut || result == kHeaderOdd || result == kNoBoundary;
+}
+
+// A delimiter that is in force as long as the object lives.
+class BoundaryScope {
+ public:
+  BoundaryScope(Minstream& in, const std::string& boundary) : in_(in) {
+    in_.EnterBoundary("--" + boundary);
+  }
+  ~BoundaryScope() { in_.LeaveBoundary(); }
+  BoundaryScope(const BoundaryScope&) = delete;
+  BoundaryScope& operator=(const BoundaryScope&) = delete;
+
+ private:
+  Minstream& in_;
+};
+
+// A boundary cannot end in white space (RFC 2046 5.1.1): on the way it would be lost.
+std::string Boundary(const Bodypart& part) {
+  std::string boundary = part.Field("Content-Type").Parameter("boundary").value_or("");
+  while (!boundary.empty() && IsSpace(boundary.back())) boundary.pop_back();
+  return boundary;
+}
+
+class Parser {
+ public:
+  explicit Parser(Minstream& in) : in_(in) {}
+
+  Result LoadPart(Bodypart& part, int level) {
+    const Result header = ParseHeader(part);
+    if (!IsTolerated(header)) {
+      EndBody(part);
+      return header;
+    }
+    const Result body = ParseBody(part, level);
+    return body == kOk ? header : body;
+  }
+
+ private:
+  Result ParseHeader(Bodypart& part);
+  Result ParseBody(Bodypart& part, int level);
+  Result ParseMultipart(Bodypart& part, int level);
+  Result ParseChildren(Bodypart& part, int level);
+  Result ParseMessage(Bodypart& part, int level);
+  Result ParseLeaf(Bodypart& part, const ContentType& type);
+  Result ParseText(Bodypart& part);
+  Result ParseTnef(Bodypart& part);
+  Result CountDecoded(Bodypart& part);
+  void ParseRest(Bodypart& part);
+  void EndBody(Bodypart& part);
+
+  // Where a header or body may begin: here, or at the delimiter that ended what was read. The line
+  // end in front of that may also be the one of the empty line behind a header; it counts for both.
+  int64_t PartPosition() {
+    return in_.BoundaryHit() ? in_.BoundaryPosition() + in_.BoundaryLineEndSize() : in_.Position();
+  }
+  bool MayHaveSubparts(int level) const { return level <= kDeepestLevel; }
+  bool TooManyParts() const { return parts_ >= kMostParts; }
+  Result ReadResult() const { return in_.GetError() == 0 ? kOk : kReadFailed; }
+
+  Minstream& in_;
+  int parts_ = 0;  // the message itself not counted
+};
+
+// ---- Header -------------------------------------------------------------------------------
+
+Result Parser::ParseHeader(Bodypart& part) {
+  part.PartStart = PartPosition();
+  Result result = kHeaderCut;
+  for (std::string_view line; in_.ReadLine(line);) {
+    if (line.empty()) {
+      result = kOk;
+      break;
+    }
+    if (in_.GetError() != 0) break;
+    part.Header.AppendLine(line);
+  }
+  if (in_.GetError() != 0) result = kHeaderFailed;
+  const int64_t end = PartPosition();
+  part.HeaderSize = end - part.PartStart;
+  part.BodyStart = end;
+  part.ContentTransferEncoding = part.Field("Content-Transfer-Encoding").Main();
+  part.Charset = part.Field("Content-Type").Parameter("charset").value_or("");
+  return result;
+}
+
+// ---- Body ---------------------------------------------------------------------------------
+
+Result Parser::ParseBody(Bodypart& part, int level) {
+  Result result = kOk;
+  const ContentType type = part.Type();
+  if (type.major == "MULTIPART") {
+    result = ParseMultipart(part, level);
+  } else if (type.major == "MESSAGE") {
+    result = ParseMessage(part, level);
+  } else {
+    result = ParseLeaf(part, type);
+  }
+  const bool composite = (type.major == "MULTIPART" || type.major == "MESSAGE") && !part.Opaque;
+  EndBody(part);
+  // A composite body has no transfer encoding of its own (RFC 2045 6.4).
+  if (composite) part.DecodedSize = part.BodyLength;
+  return result;
+}
+
+void Parser::EndBody(Bodypart& part) {
+  const int64_t end = in_.BoundaryHit() ? in_.BoundaryPosition() : in_.Position();
+  part.BodyLength = std::max<int64_t>(end - part.BodyStart, 0);
+  part.DataDefinitionType = kBodyInStream;
+  part.BodyStream = &in_;
+}
+
+Result Parser::ParseMultipart(Bodypart& part, int level) {
+  const std::string boundary = Boundary(part);
+  if (boundary.empty() || !MayHaveSubparts(level)) {
+    part.Opaque = true;
+    const Result result = CountDecoded(part);
+    return result == kOk && boundary.empty() ? kNoBoundary : result;
+  }
+  Result result = kOk;
+  {
+    const BoundaryScope scope(in_, boundary);
+    in_.ReadToString(part.Preamble, kLongestPreamble);
+    if (!in_.BoundaryHit()) {
+      part.Preamble = {};
+      in_.Skip();
+    }
+    result = ParseChildren(part, level);
+  }
+  // The epilogue belongs to no part.
+  if (IsTolerated(result) && in_.BoundaryCount() > 0) in_.Skip();
+  return IsTolerated(result) ? ReadResult() : result;
+}
+
+Result Parser::ParseChildren(Bodypart& part, int level) {
+  while (in_.InnermostHit() && !in_.ClosingHit()) {
+    in_.ClearBoundaryHit();
+    Bodypart& child = *part.AppendChild(std::make_unique<Bodypart>(&part));
+    if (TooManyParts()) {
+      ParseRest(child);
+      break;
+    }
+    ++parts_;
+    const Result result = LoadPart(child, level + 1);
+    if (!IsTolerated(result)) return result;
+  }
+  return kOk;
+}
+
+// Makes one leaf of everything up to the end of the multipart.
+void Parser::ParseRest(Bodypart& part) {
+  part.Opaque = true;
+  part.PartStart = part.BodyStart = in_.Position();
+  in_.Skip();
+  while (in_.InnermostHit() && !in_.ClosingHit()) {
+    in_.ClearBoundaryHit();
+    in_.Skip();
+  }
+  EndBody(part);
+  part.DecodedSize = part.BodyLength;
+}
+
+Result Parser::ParseMessage(Bodypart& part, int level) {
+  if (!MayHaveSubparts(level) || TooManyParts()) {
+    part.Opaque = true;
+    return CountDecoded(part);
+  }
+  ++parts_;
+  part.EnclosedMessage = std::make_unique<Bodypart>(&part);
+  const Result result = LoadPart(*part.EnclosedMessage, level + 1);
+  return IsTolerated(result) ? kOk : result;
+}
+
+// ---- Leaves -------------------------------------------------------------------------------
+
+Result Parser::ParseLeaf(Bodypart& part, const ContentType& type) {
+  if (type.Is("APPLICATION", "MS-TNEF")) return ParseTnef(part);
+  const TransferEncoding encoding = FindTransferEncoding(part.ContentTransferEncoding);
+  const bool encoded =
+      encoding == TransferEncoding::kBase64 || encoding == TransferEncoding::kQuotedPrintable;
+  if (type.Is("TEXT", "PLAIN") && !encoded) return ParseText(part);
+  return CountDecoded(part);
+}
+
+Result Parser::CountDecoded(Bodypart& part) {
+  Moutstream counter{CountingSink{}};
+  TransferEncodingDecode(in_, counter, part.ContentTransferEncoding);
+  part.DecodedSize = counter.WritePos();
+  // A decoder may have seen enough before the end of the body.
+  in_.Skip();
+  return ReadResult();
+}
+
+Result Parser::ParseText(Bodypart& part) {
+  UuScanner scanner;
+  for (std::string_view run; !(run = in_.NextRun()).empty();) {
+    scanner.Feed(run);
+    in_.Take(run.size());
+  }
+  scanner.Finish();
+  part.DecodedSize = scanner.TextSize();
+  for (const UuBlock& block : scanner.Blocks()) {
+    part.UuencodedBlocks.push_back({.Name = block.name,
+                                    .DecodedSize = block.decoded_size,
+                                    .Offset = block.offset,
+                                    .BlockLength = block.length});
+  }
+  return ReadResult();
+}
+
+Result Parser::ParseTnef(Bodypart& part) {
+  TemporaryFile file;
+  const int32_t decoded = TransferEncodingDecode(in_, file.Out(), part.ContentTransferEncoding);
+  part.DecodedSize = file.Out().WritePos();
+  if (!file.Close() || decoded == -2) return kTempNotWritten;
+  Minstream table(file.Source(), TemporaryFile::kBufferSize);
+  ReadTnefAttachments(table, part.DecodedSize, part.TnefAttachments);
+  in_.Skip();
+  return ReadResult();
+}
+
+}  // namespace
+
+// ---- Entry --------------------------------------------------------------------------------
+
+Result Load(Bodypart& part, Minstream& in) {
+  if (!in.IsOpen()) return kNotOpen;
+  part.Clean();
+  in.SetBoundary({});
+  return Parser(in).LoadPart(part, part.Depth());
+}
+
+Result LoadFromMemory(Bodypart& part, std::string_view data) {
+  auto stream = std::make_unique<Minstream>(
+      MemorySource{.data = data.data(), .length = static_cast<int64_t>(data.size())});
+  const Result result = Load(part, *stream);
+  part.OwnStream = std::move(stream);
+  return result;
+}
+
+Result LoadFromCopy(Bodypart& part, std::string_view text) {
+  // On the heap at once: the bytes of a short string would move with the string.
+  auto copy = std::make_unique<std::string>(text);
+  const Result result = LoadFromMemory(part, *copy);
+  part.OwnText = std::move(copy);
+  return result;
+}
+
+}  // namespace mimora

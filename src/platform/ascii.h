@@ -1,0 +1,38 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// Letters of header syntax: ASCII only, whatever the locale says.
+#ifndef MIMORA_PLATFORM_ASCII_H_
+#define MIMORA_PLATFORM_ASCII_H_
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace mimora {
+
+constexpr char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
+
+constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+constexpr bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+constexpr bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
+
+// White space of a header value, folding included.
+constexpr bool IsSpace(char c) { return IsBlank(c) || IsLineEnd(c); }
+
+inline std::string UpperCase(std::string_view text) {
+  std::string upper(text);
+  std::transform(upper.begin(), upper.end(), upper.begin(), ToUpper);
+  return upper;
+}
+
+constexpr bool EqualIgnoringCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return ToUpper(x) == ToUpper(y);
+         });
+}
+
+}  // namespace mimora
+
+#endif  // MIMORA_PLATFORM_ASCII_H_

@@ -1,0 +1,93 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// Everything that the library asks the operating system. All functions may be called from any
+// thread. Those that fail answer as stated and leave the reason in errno.
+#ifndef MIMORA_PLATFORM_PLATFORM_H_
+#define MIMORA_PLATFORM_PLATFORM_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace mimora::platform {
+
+// ---- Settings -----------------------------------------------------------------------------
+
+// The setting of that name: environment variable MIMORA_<NAME IN UPPER CASE> (not honoured in
+// set-user-id programs), else the line "<name>=..." of /etc/mimora.conf, else nothing.
+std::optional<std::string> ReadSetting(const char* name);
+
+// The value of the last line "<name>=..." in the text of a settings file.
+std::optional<std::string> FindSetting(std::string_view text, std::string_view name);
+
+// ---- Process, thread, clock -----------------------------------------------------------------
+
+uint32_t ProcessId();
+
+// Remembered per thread: cheap enough to be asked for every run of bytes.
+uint32_t ThreadId();
+
+struct LocalTime {
+  int year, month, day, hour, minute, second;  // month and day counted from 1
+};
+LocalTime Now();
+
+// Reads the four bytes at an address that may be anything at all. False when they cannot be read.
+bool ReadWord(const void* address, uint32_t& word);
+
+// ---- Files ----------------------------------------------------------------------------------
+// Descriptors are closed on exec, interrupted calls are taken up again.
+
+constexpr int kNoFile = -1;
+
+// The largest position that a file stream can address.
+constexpr int64_t kLargestFilePosition = 0x7FFFFFFF;
+
+// Opens an existing file. kNoFile, with errno EISDIR, ESPIPE or EOVERFLOW, for a directory, a file
+// that cannot be positioned and one beyond kLargestFilePosition.
+int OpenForReading(const char* name);
+
+// Creates or empties a file, readable and writable by its owner.
+int OpenForWriting(const char* name);
+
+// Creates a new file in the temporary directory (TMPDIR, else the system's; asked once) and stores
+// its name.
+int CreateTemporary(std::string& name);
+
+void Close(int file);
+void Remove(const char* name);
+bool IsRegularFile(const char* name);
+
+// Reads up to LENGTH bytes; 0 at the end, -1 after an error.
+int64_t Read(int file, void* destination, int64_t length);
+
+// Writes all of it; the number written is smaller only after an error.
+int64_t Write(int file, const void* data, int64_t length);
+
+void Seek(int file, int64_t position);
+int64_t Tell(int file);
+
+// A file that is opened for appending, and closed again with the object. What it cannot open or
+// write is lost.
+class AppendFile {
+ public:
+  explicit AppendFile(const char* name);
+  ~AppendFile();
+  AppendFile(const AppendFile&) = delete;
+  AppendFile& operator=(const AppendFile&) = delete;
+  void Write(std::string_view text);
+
+ private:
+  int file_;
+};
+
+// ---- Text -----------------------------------------------------------------------------------
+
+// Re-codes a text to UTF-8, bad bytes as U+FFFD. False, and nothing stored, for a charset that is
+// not one of those found in mail.
+bool RecodeToUtf8(std::string_view charset, std::string_view text, std::string& utf8);
+
+}  // namespace mimora::platform
+
+#endif  // MIMORA_PLATFORM_PLATFORM_H_

@@ -1,0 +1,151 @@
+// Copyright (c) 2026 the mimora developers.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <sstream>
+
+#include "platform/ascii.h"
+#include "platform/platform.h"
+
+namespace mimora::platform {
+namespace {
+
+constexpr const char* kSettingsFile = "/etc/mimora.conf";
+
+// One call of the kernel never moves more than this.
+constexpr int64_t kLargestTransfer = 0x7FFFF000;
+
+template <typename Call>
+auto Retry(Call call) {
+  auto result = call();
+  while (result == -1 && errno == EINTR) result = call();
+  return result;
+}
+
+int Refuse(int file, int error) {
+  Close(file);
+  errno = error;
+  return kNoFile;
+}
+
+std::string TemporaryDirectory() {
+  const char* directory = secure_getenv("TMPDIR");
+  if (directory == nullptr || *directory == '\0') directory = P_tmpdir;
+  std::string path = directory;
+  if (path.back() != '/') path += '/';
+  return path;
+}
+
+}  // namespace
+
+std::optional<std::string> FindSetting(std::string_view text, std::string_view name) {
+  std::optional<std::string> found;
+  while (!text.empty()) {
+    const size_t end = std::min(text.find('\n'), text.size());
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    if (line.size() > name.size() && line.starts_with(name) && line[name.size()] == '=') {
+      found = line.substr(name.size() + 1);
+    }
+  }
+  return found;
+}
+
+std::optional<std::string> ReadSetting(const char* name) {
+  const std::string variable = "MIMORA_" + UpperCase(name);
+  if (const char* value = secure_getenv(variable.c_str())) return value;
+  std::ifstream file(kSettingsFile);
+  std::ostringstream text;
+  if (file) text << file.rdbuf();
+  return FindSetting(text.view(), name);
+}
+
+uint32_t ProcessId() { return static_cast<uint32_t>(getpid()); }
+
+uint32_t ThreadId() {
+  thread_local const uint32_t id = static_cast<uint32_t>(gettid());
+  return id;
+}
+
+LocalTime Now() {
+  const time_t now = time(nullptr);
+  tm local{};
+  localtime_r(&now, &local);
+  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+          local.tm_hour,        local.tm_min,     local.tm_sec};
+}
+
+int OpenForReading(const char* name) {
+  const int file = Retry([&] { return open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK); });
+  if (file == -1) return kNoFile;
+  struct stat status {};
+  if (fstat(file, &status) == -1) return Refuse(file, errno);
+  if (S_ISDIR(status.st_mode)) return Refuse(file, EISDIR);
+  if (lseek(file, 0, SEEK_CUR) == -1) return Refuse(file, ESPIPE);
+  if (status.st_size > kLargestFilePosition) return Refuse(file, EOVERFLOW);
+  return file;
+}
+
+int OpenForWriting(const char* name) {
+  return Retry([&] { return open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600); });
+}
+
+int CreateTemporary(std::string& name) {
+  static const std::string directory = TemporaryDirectory();
+  name = directory + "parXXXXXX.tmp";
+  return mkostemps(name.data(), 4, O_CLOEXEC);
+}
+
+// Not taken up again after an interruption: the descriptor is gone then as well.
+void Close(int file) { close(file); }
+
+void Remove(const char* name) { unlink(name); }
+
+bool IsRegularFile(const char* name) {
+  struct stat status {};
+  return stat(name, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+int64_t Read(int file, void* destination, int64_t length) {
+  const auto request = static_cast<size_t>(std::min(length, kLargestTransfer));
+  return Retry([&] { return read(file, destination, request); });
+}
+
+int64_t Write(int file, const void* data, int64_t length) {
+  const char* next = static_cast<const char*>(data);
+  int64_t left = length;
+  while (left > 0) {
+    const auto request = static_cast<size_t>(std::min(left, kLargestTransfer));
+    const ssize_t count = Retry([&] { return write(file, next, request); });
+    if (count <= 0) break;
+    next += count;
+    left -= count;
+  }
+  return length - left;
+}
+
+void Seek(int file, int64_t position) { lseek(file, position, SEEK_SET); }
+
+int64_t Tell(int file) { return lseek(file, 0, SEEK_CUR); }
+
+AppendFile::AppendFile(const char* name)
+    : file_(Retry([&] { return open(name, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600); })) {}
+
+AppendFile::~AppendFile() {
+  if (file_ != kNoFile) Close(file_);
+}
+
+void AppendFile::Write(std::string_view text) {
+  if (file_ == kNoFile) return;
+  platform::Write(file_, text.data(), static_cast<int64_t>(text.size()));
+}
+
+}  // namespace mimora::platform

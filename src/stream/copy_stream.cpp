@@ -1,0 +1,23 @@
+// Copyright (c) 2026 the mimora developers.
+#include "stream/copy_stream.h"
+
+#include <algorithm>
+
+#include "diag/result.h"
+
+namespace mimora {
+
+int32_t CopyStream(Minstream& in, Moutstream& out, int64_t length) {
+  while (length > 0) {
+    const std::string_view run = in.NextRun();
+    if (in.GetError() != 0) return kReadFailed;
+    if (run.empty()) break;
+    const int64_t count = std::min(static_cast<int64_t>(run.size()), length);
+    if (!out.WriteBlock(run.data(), count)) return kWriteFailed;
+    in.Take(static_cast<size_t>(count));
+    length -= count;
+  }
+  return out.FlushBuffer() ? kOk : kWriteFailed;
+}
+
+}  // namespace mimora

@@ -1,0 +1,76 @@
+// Copyright (c) 2026 the mimora developers.
+#include "stream/delimiters.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "diag/limits.h"
+#include "platform/ascii.h"
+
+namespace mimora {
+namespace {
+
+// Behind a closing delimiter: nothing but white space up to the end of the line.
+DelimiterMatch MatchPadding(const char* p, int64_t available, bool at_end) {
+  const int64_t length = std::min(available, kLongestDelimiterPadding);
+  const char* end = std::find_if_not(p, p + length, IsBlank);
+  if (end == p + length) {
+    const bool decided = at_end || length == kLongestDelimiterPadding;
+    if (!decided) return {.verdict = DelimiterMatch::kMore, .needed = 2 * available + 1};
+  } else if (!IsLineEnd(*end)) {
+    return {};
+  }
+  return {.verdict = DelimiterMatch::kYes, .closes = true};
+}
+
+// What follows the text of a delimiter decides whether it is one: the end of the line, a space, or
+// the "--" of a closing delimiter. A single hyphen may belong to a longer boundary.
+DelimiterMatch MatchTail(const char* p, int64_t available, bool at_end) {
+  if (available == 0) {
+    if (at_end) return {.verdict = DelimiterMatch::kYes};
+    return {.verdict = DelimiterMatch::kMore, .needed = 1};
+  }
+  if (IsLineEnd(*p) || *p == ' ') return {.verdict = DelimiterMatch::kYes};
+  if (*p != '-') return {};
+  if (available == 1) {
+    if (at_end) return {};
+    return {.verdict = DelimiterMatch::kMore, .needed = 2};
+  }
+  if (p[1] != '-') return {};
+  DelimiterMatch match = MatchPadding(p + 2, available - 2, at_end);
+  match.needed += 2;
+  return match;
+}
+
+DelimiterMatch MatchOne(std::string_view delimiter, const char* p, int64_t available, bool at_end) {
+  const auto length = static_cast<int64_t>(delimiter.size());
+  const auto compared = static_cast<size_t>(std::min(length, available));
+  if (std::memcmp(p, delimiter.data(), compared) != 0) return {};
+  if (available < length) {
+    if (at_end) return {};
+    return {.verdict = DelimiterMatch::kMore, .needed = length + 1};
+  }
+  DelimiterMatch match = MatchTail(p + length, available - length, at_end);
+  match.needed += length;
+  return match;
+}
+
+}  // namespace
+
+DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end) const {
+  DelimiterMatch best;
+  size_t best_length = 0;
+  for (size_t level = stack_.size(); level-- > 0;) {
+    const std::string& delimiter = stack_[level];
+    if (delimiter.size() <= best_length) continue;
+    DelimiterMatch match = MatchOne(delimiter, p, available, at_end);
+    if (match.verdict == DelimiterMatch::kMore) return match;
+    if (match.verdict == DelimiterMatch::kNo) continue;
+    best = match;
+    best.level = level;
+    best_length = delimiter.size();
+  }
+  return best;
+}
+
+}  // namespace mimora

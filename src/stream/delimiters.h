@@ -1,0 +1,51 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// The multipart delimiters that are in force at one place of a message, and what makes a line one
+// of them (RFC 2046 5.1.1).
+#ifndef MIMORA_STREAM_DELIMITERS_H_
+#define MIMORA_STREAM_DELIMITERS_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mimora {
+
+struct DelimiterMatch {
+  enum Verdict {
+    kNo,
+    kYes,
+    kMore,  // that depends on bytes that are not in view: `needed` of them at least
+  };
+  Verdict verdict = kNo;
+  bool closes = false;  // it is the closing delimiter
+  size_t level = 0;     // of which multipart, the outermost is 0
+  int64_t needed = 0;
+};
+
+// A delimiter is given whole, as it stands at the start of its line ("--" and boundary). All of
+// them begin with the same character.
+class Delimiters {
+ public:
+  bool Empty() const { return stack_.empty(); }
+  size_t Count() const { return stack_.size(); }
+  const std::string& Innermost() const { return stack_.back(); }
+  char FirstCharacter() const { return stack_.back().front(); }
+
+  void Clear() { stack_.clear(); }
+  void Push(std::string_view delimiter) { stack_.emplace_back(delimiter); }
+  void Pop() { stack_.pop_back(); }
+
+  // Whether the line that begins at P, of which AVAILABLE bytes are in view, is a delimiter line.
+  // AT_END: there are no bytes behind those in view. A line that fits several delimiters belongs to
+  // the longest, among equals to the innermost.
+  DelimiterMatch Match(const char* p, int64_t available, bool at_end) const;
+
+ private:
+  std::vector<std::string> stack_;
+};
+
+}  // namespace mimora
+
+#endif  // MIMORA_STREAM_DELIMITERS_H_

@@ -1,0 +1,82 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// Searches over runs of bytes. Each looks at sixteen bytes at a time where the machine can and at
+// single bytes otherwise, with the same answers.
+#ifndef MIMORA_STREAM_SCAN_H_
+#define MIMORA_STREAM_SCAN_H_
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include <bit>
+
+namespace mimora {
+
+// The searches byte by byte: the definition of the fast ones, and what they end with.
+namespace scan_plain {
+
+// The first place in [p, end - 1) where A stands directly in front of B; end when there is none.
+inline const char* FindPair(const char* p, const char* end, char a, char b) {
+  for (; end - p >= 2; ++p) {
+    if (p[0] == a && p[1] == b) return p;
+  }
+  return end;
+}
+
+// The first CR, LF or C in [p, end); end when there is none.
+inline const char* FindLineEndOr(const char* p, const char* end, char c) {
+  while (p < end && *p != '\r' && *p != '\n' && *p != c) ++p;
+  return p;
+}
+
+}  // namespace scan_plain
+
+#if defined(__SSE2__)
+
+inline const char* FindPair(const char* p, const char* end, char a, char b) {
+  const __m128i first = _mm_set1_epi8(a);
+  const __m128i second = _mm_set1_epi8(b);
+  // The second load looks one byte further than the first.
+  for (; end - p >= 17; p += 16) {
+    const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 1));
+    const __m128i hit = _mm_and_si128(_mm_cmpeq_epi8(here, first), _mm_cmpeq_epi8(next, second));
+    if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hit))) {
+      return p + std::countr_zero(mask);
+    }
+  }
+  return scan_plain::FindPair(p, end, a, b);
+}
+
+inline const char* FindLineEndOr(const char* p, const char* end, char c) {
+  const __m128i cr = _mm_set1_epi8('\r');
+  const __m128i lf = _mm_set1_epi8('\n');
+  const __m128i other = _mm_set1_epi8(c);
+  for (; end - p >= 16; p += 16) {
+    const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i hit =
+        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(here, cr), _mm_cmpeq_epi8(here, lf)),
+                     _mm_cmpeq_epi8(here, other));
+    if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hit))) {
+      return p + std::countr_zero(mask);
+    }
+  }
+  return scan_plain::FindLineEndOr(p, end, c);
+}
+
+#else
+
+using scan_plain::FindLineEndOr;
+using scan_plain::FindPair;
+
+#endif
+
+// The first CR or LF in [p, end); end when there is none.
+inline const char* FindLineEnd(const char* p, const char* end) {
+  return FindLineEndOr(p, end, '\n');
+}
+
+}  // namespace mimora
+
+#endif  // MIMORA_STREAM_SCAN_H_
