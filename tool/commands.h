@@ -1,0 +1,28 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// The commands of the tool. Each adds its arguments to APP; when it is called it writes to OUT
+// and sets STATUS, the exit status.
+#ifndef MIMORA_TOOL_COMMANDS_H_
+#define MIMORA_TOOL_COMMANDS_H_
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "tool/output.h"
+
+namespace mimora::tool {
+
+void AddShowCommand(CLI::App& app, Output& out, int& status);
+void AddHeadersCommand(CLI::App& app, Output& out, int& status);
+
+// The message files that every command takes.
+inline void AddFiles(CLI::App& command, std::vector<std::string>& files) {
+  command.add_option("FILE", files, "Message files; - is the standard input")
+      ->required()
+      ->type_name("");
+}
+
+}  // namespace mimora::tool
+
+#endif  // MIMORA_TOOL_COMMANDS_H_

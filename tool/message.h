@@ -1,0 +1,105 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// A message opened from a file, and the handles of the library as owned objects.
+#ifndef MIMORA_TOOL_MESSAGE_H_
+#define MIMORA_TOOL_MESSAGE_H_
+
+#include <mimora/mimora.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tool/output.h"
+#include "tool/source.h"
+
+namespace mimora::tool {
+
+template <auto kDestroy>
+struct HandleDeleter {
+  template <typename Handle>
+  void operator()(Handle* handle) const {
+    kDestroy(handle);
+  }
+};
+using MessageHandle = std::unique_ptr<M_Bodypart, HandleDeleter<&M_DestroyMessage>>;
+using InStreamHandle = std::unique_ptr<S_InStream, HandleDeleter<&S_DestroyInStream>>;
+
+// A message that cannot be shown as asked; the text is the reason, for the user. The result
+// is the library's answer, when it was asked.
+class MessageError : public std::runtime_error {
+ public:
+  explicit MessageError(const std::string& reason, std::optional<int32_t> result = std::nullopt)
+      : std::runtime_error(reason), result_(result) {}
+
+  std::optional<int32_t> Result() const { return result_; }
+
+ private:
+  std::optional<int32_t> result_;
+};
+
+class Message {
+ public:
+  // PATH "-" is the standard input. Throws MessageError. Damage that the library tolerates is no
+  // error: see Result.
+  explicit Message(const std::string& path);
+
+  Message(const Message&) = delete;
+  Message& operator=(const Message&) = delete;
+
+  const std::string& Path() const { return path_; }
+  int64_t Size() const { return static_cast<int64_t>(source_.Bytes().size()); }
+  M_Bodypart* Root() const { return root_.get(); }
+  // MIMORA_OK, or one of the codes that come with a complete tree.
+  int32_t Result() const { return result_; }
+  // What is wrong with the message; empty when nothing is.
+  std::string_view Damage() const;
+
+ private:
+  // What the library's stream reads from.
+  struct Cursor {
+    std::string_view bytes;
+    int64_t position = 0;
+  };
+  static int64_t Read(S_Context context, const void** bytes, int64_t length);
+  static void Seek(S_Context context, int64_t position);
+  static int64_t Tell(S_Context context);
+
+  // The order matters: the tree refers to the stream, the stream to the cursor, the cursor to
+  // the source.
+  const std::string path_;
+  const Source source_;
+  Cursor cursor_;
+  const InStreamHandle stream_;
+  const MessageHandle root_;
+  int32_t result_ = MIMORA_OK;
+};
+
+// Opens a message; whatever goes wrong comes out as MessageError.
+std::unique_ptr<const Message> OpenMessage(const std::string& path);
+
+// Hands each message to VISIT. One that cannot be opened, or that VISIT refuses with a
+// MessageError, is reported and handed to FAIL, and the next one has its turn. Returns the exit
+// status.
+template <typename Visit, typename Fail>
+int ForEachMessage(const std::vector<std::string>& paths, Output& out, Visit visit, Fail fail) {
+  int status = 0;
+  for (const std::string& path : paths) {
+    try {
+      visit(*OpenMessage(path));
+    } catch (const MessageError& error) {
+      status = 1;
+      out.ReportError(path, error.what());
+      fail(path, error);
+    }
+  }
+  return status;
+}
+
+}  // namespace mimora::tool
+
+#endif  // MIMORA_TOOL_MESSAGE_H_

@@ -1,0 +1,48 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// The bytes of one message file: mapped when the system can map it, so that a mailbox of many
+// gigabytes costs no memory, otherwise read into memory (pipes, standard input).
+#ifndef MIMORA_TOOL_SOURCE_H_
+#define MIMORA_TOOL_SOURCE_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace mimora::tool {
+
+// A read-only private mapping of a whole file; empty when nothing is mapped.
+class Mapping {
+ public:
+  Mapping() = default;
+  // Leaves the mapping empty when the file cannot be mapped.
+  Mapping(int descriptor, std::size_t size);
+  Mapping(Mapping&& other) noexcept;
+  Mapping& operator=(Mapping&& other) noexcept;
+  ~Mapping();
+
+  std::string_view Bytes() const { return {static_cast<const char*>(address_), size_}; }
+
+ private:
+  void* address_ = nullptr;
+  std::size_t size_ = 0;
+};
+
+class Source {
+ public:
+  // PATH "-" is the standard input. Throws std::system_error when the file cannot be read.
+  explicit Source(const std::string& path);
+
+  Source(const Source&) = delete;
+  Source& operator=(const Source&) = delete;
+
+  std::string_view Bytes() const { return text_.empty() ? mapping_.Bytes() : text_; }
+
+ private:
+  Mapping mapping_;
+  std::string text_;
+};
+
+}  // namespace mimora::tool
+
+#endif  // MIMORA_TOOL_SOURCE_H_
