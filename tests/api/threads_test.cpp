@@ -1,0 +1,74 @@
+// Copyright (c) 2026 the mimora developers.
+#include <gtest/gtest.h>
+#include <mimora/mimora.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int kThreads = 8;
+constexpr int kRounds = 200;
+
+void RunInThreads(const std::function<void(int)>& work) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
+  for (std::thread& thread : threads) thread.join();
+}
+
+std::string MessageWithParts(int count) {
+  std::string text = "Subject: s\nContent-Type: multipart/mixed; boundary=b\n\n";
+  for (int i = 0; i < count; ++i) {
+    text += "--b\nContent-Transfer-Encoding: base64\n\nTWFu\n";
+  }
+  return text + "--b--\n";
+}
+
+std::atomic<int> lines{0};
+void CountLine(const char*) { lines.fetch_add(1); }
+
+TEST(Threads, ParseDifferentMessagesAndWriteLogLines) {
+  RunInThreads([](int number) {
+    const std::string text = MessageWithParts(number);
+    for (int round = 0; round < kRounds; ++round) {
+      // The first of these decide about the log at the same time; later ones change the callback.
+      if (round % 16 == number) P_SetQQ_callback(round % 2 == 0 ? CountLine : nullptr);
+      P_QQ("a line");
+      M_CheckBodypart(nullptr);
+      M_Bodypart* message = M_CreateMessage();
+      EXPECT_EQ(M_LoadBodypartFromString(message, text.c_str(), -1), MIMORA_OK);
+      EXPECT_EQ(M_GetChildBodypartsCount(message), number);
+      uint32_t flags = 0;
+      M_GetBodypartFlags(message, &flags);
+      M_DestroyMessage(message);
+    }
+  });
+  P_SetQQ_callback(nullptr);
+  EXPECT_GT(lines.load(), 0);
+}
+
+TEST(Threads, ShareAStreamUnderItsLock) {
+  const std::string text = MessageWithParts(kThreads);
+  S_InStream* in = S_CreateInStream(text.data(), static_cast<int32_t>(text.size()), 0, nullptr,
+                                    nullptr, nullptr, 0);
+  M_Bodypart* message = M_CreateMessage();
+  ASSERT_EQ(M_LoadMessage(message, in), MIMORA_OK);
+  RunInThreads([&](int number) {
+    M_Bodypart* part = M_GetNthChildBodypart(message, number);
+    for (int round = 0; round < kRounds; ++round) {
+      char body[8] = {};
+      uint32_t size = 4;
+      S_LockInStream(in);
+      EXPECT_EQ(M_GetBodyText(part, in, body, 0, &size), 0);
+      S_UnlockInStream(in);
+      EXPECT_STREQ(body, "TWFu");
+    }
+  });
+  M_DestroyMessage(message);
+  S_DestroyInStream(in);
+}
+
+}  // namespace

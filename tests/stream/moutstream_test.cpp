@@ -1,0 +1,341 @@
+// Copyright (c) 2026 the mimora developers.
+#include "stream/moutstream.h"
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "diag/result.h"
+#include "stream/copy_stream.h"
+#include "support/sources.h"
+
+namespace mimora::testing {
+namespace {
+
+// A callback that keeps what it gets and from its FAIL_AT-th call on fails as it is told.
+struct Sink {
+  int fail_at = INT_MAX;
+  int64_t result = -1;
+  int error = ENOSPC;
+  std::vector<std::string> blocks = {};
+
+  CallbackSink Writing() { return {.context = reinterpret_cast<intptr_t>(this), .write = Write}; }
+  static int64_t Write(intptr_t context, const void* data, int64_t length) {
+    Sink& sink = *reinterpret_cast<Sink*>(context);
+    sink.blocks.emplace_back(static_cast<const char*>(data), static_cast<size_t>(length));
+    if (std::ssize(sink.blocks) < sink.fail_at) return length;
+    errno = sink.error;
+    return sink.result;
+  }
+};
+
+using Blocks = std::vector<std::string>;
+
+// ---- Memory -------------------------------------------------------------------------------------
+
+TEST(MoutstreamMemory, DoublesUpToAMillionAndThenGrowsModerately) {
+  struct GrowthCase {
+    const char* name;
+    int64_t capacity;
+    int64_t filled;
+    int64_t write;
+    int64_t want;  // capacity afterwards
+  };
+  constexpr GrowthCase kCases[] = {
+      {"the first byte", 0, 0, 1, 1024},
+      {"less than a kilobyte is added as one", 100, 99, 1, 1124},
+      {"a small one doubles", 2000, 1999, 1, 4000},
+      {"the last byte already makes it grow", 2000, 0, 2000, 4000},
+      {"up to the last byte it does not", 2000, 0, 1999, 2000},
+      {"a large block", 2000, 1000, 50000, 52000},
+      {"a million doubles", 1000000, 999999, 1, 2000000},
+      {"beyond it is a million and four per cent", 2000000, 1999999, 1, 3080000},
+      {"just beyond it doubling is less", 1000001, 1000000, 1, 2000002},
+      {"a larger block than four per cent", 2000000, 0, 2000000, 4000000},
+  };
+  for (const GrowthCase& c : kCases) {
+    SCOPED_TRACE(c.name);
+    Moutstream out(MemorySink{}, c.capacity);
+    EXPECT_TRUE(out.WriteText(std::string(static_cast<size_t>(c.filled), 'a')));
+    EXPECT_TRUE(out.WriteText(std::string(static_cast<size_t>(c.write), 'b')));
+    // The heap rounds up, large blocks to pages.
+    const size_t size = ::malloc_usable_size(const_cast<char*>(out.GetBuffer().data()));
+    EXPECT_GE(size, static_cast<size_t>(c.want) + 1);
+    EXPECT_LE(size, static_cast<size_t>(c.want) + (c.want < 100000 ? 64 : 8192));
+  }
+}
+
+TEST(MoutstreamMemory, AZeroFollowsTheBytesHoweverManyThereAre) {
+  Moutstream out(MemorySink{});
+  std::string want;
+  for (size_t size = 0; want.size() < 3000000; size = size * 3 / 2 + 1) {
+    EXPECT_EQ(out.GetBuffer().data()[want.size()], '\0') << want.size();
+    const std::string piece(size, static_cast<char>('a' + size % 26));
+    EXPECT_TRUE(out.WriteText(piece));
+    EXPECT_TRUE(out.WriteChar('\xFF'));
+    want += piece + '\xFF';
+    ASSERT_EQ(out.GetBuffer(), want);
+    EXPECT_EQ(out.WritePos(), std::ssize(want));
+  }
+  EXPECT_TRUE(out.FlushBuffer());
+  EXPECT_EQ(out.GetBuffer(), want);
+}
+
+TEST(Moutstream, WritesLinesWithCrLf) {
+  Moutstream out(MemorySink{});
+  EXPECT_TRUE(out.WriteLine("a"));
+  EXPECT_TRUE(out.WriteLine(""));
+  EXPECT_EQ(TextOf(out), "a\r\n\r\n");
+}
+
+// ---- Buffered -----------------------------------------------------------------------------------
+
+TEST(MoutstreamCallback, HandsOnFullBuffersAndTheRestWhenFlushed) {
+  Sink sink;
+  Moutstream out(sink.Writing(), 4);
+  EXPECT_TRUE(out.WriteText("abcd"));
+  EXPECT_EQ(sink.blocks, Blocks{}) << "a full buffer waits for the next byte";
+  EXPECT_EQ(out.WritePos(), 4);
+  EXPECT_TRUE(out.WriteChar('e'));
+  EXPECT_EQ(sink.blocks, Blocks{"abcd"});
+  EXPECT_TRUE(out.WriteText("fghijklmn"));
+  EXPECT_EQ(sink.blocks, (Blocks{"abcd", "efgh", "ijkl"}));
+  EXPECT_EQ(out.WritePos(), 14);
+  EXPECT_TRUE(out.FlushBuffer());
+  EXPECT_TRUE(out.FlushBuffer());
+  EXPECT_EQ(sink.blocks, (Blocks{"abcd", "efgh", "ijkl", "mn"}));
+  EXPECT_EQ(out.WritePos(), 14);
+}
+
+TEST(MoutstreamCallback, KeepsItsFirstErrorAndRefusesEverythingAfterIt) {
+  struct ErrorCase {
+    const char* name;
+    int64_t result;
+    int error;
+    int want;
+  };
+  constexpr ErrorCase kCases[] = {
+      {"refused", -1, ENOSPC, ENOSPC},      {"written in part", 3, EDQUOT, EDQUOT},
+      {"nothing written", 0, EPIPE, EPIPE}, {"more than there was", 5, EFBIG, EFBIG},
+      {"no reason given", 3, 0, EIO},
+  };
+  for (const ErrorCase& c : kCases) {
+    SCOPED_TRACE(c.name);
+    Sink sink{.fail_at = 2, .result = c.result, .error = c.error};
+    {
+      Moutstream out(sink.Writing(), 4);
+      EXPECT_TRUE(out.WriteText("abcdefgh"));
+      EXPECT_EQ(out.GetError(), 0);
+      EXPECT_FALSE(out.WriteChar('i'));
+      EXPECT_EQ(out.GetError(), c.want);
+      sink.error = EBADF;
+      EXPECT_FALSE(out.WriteChar('j'));
+      EXPECT_FALSE(out.WriteText("k"));
+      EXPECT_FALSE(out.WriteLine("l"));
+      EXPECT_FALSE(out.FlushBuffer());
+      EXPECT_EQ(out.GetError(), c.want);
+    }
+    EXPECT_EQ(sink.blocks, (Blocks{"abcd", "efgh"})) << "nobody is asked again";
+  }
+}
+
+TEST(MoutstreamCallback, IsFlushedAtTheEndOnlyWithAContext) {
+  static Blocks written;
+  const auto write = [](intptr_t context, const void* data, int64_t length) {
+    written.push_back(std::to_string(context) +
+                      std::string(static_cast<const char*>(data), static_cast<size_t>(length)));
+    return length;
+  };
+  for (const intptr_t context : {0, -1, 1, -2})
+    Moutstream(CallbackSink{.context = context, .write = write}, 8).WriteText("abc");
+  EXPECT_EQ(written, (Blocks{"1abc", "-2abc"}));
+  written.clear();
+  Moutstream out(CallbackSink{.context = 0, .write = write}, 8);
+  out.WriteText("abc");
+  EXPECT_TRUE(out.FlushBuffer());
+  EXPECT_EQ(written, Blocks{"0abc"});
+}
+
+TEST(MoutstreamCallback, ExceptionsReachTheWriterButNotTheOwnerOfADyingStream) {
+  const auto write = [](intptr_t, const void*, int64_t) -> int64_t {
+    throw std::runtime_error("no");
+  };
+  auto out = std::make_unique<Moutstream>(CallbackSink{.context = 1, .write = write}, 2);
+  EXPECT_TRUE(out->WriteText("ab"));
+  EXPECT_THROW(out->WriteText("c"), std::runtime_error);
+  EXPECT_THROW(out->FlushBuffer(), std::runtime_error);
+  EXPECT_NO_THROW(out = nullptr);
+}
+
+TEST(MoutstreamCounting, OnlyCounts) {
+  Moutstream out(CountingSink{});
+  EXPECT_TRUE(out.WriteText(std::string(100000, 'x')));
+  EXPECT_TRUE(out.WriteLine("y"));
+  out.Count(int64_t{1} << 40);
+  EXPECT_TRUE(out.FlushBuffer());
+  EXPECT_EQ(out.WritePos(), (int64_t{1} << 40) + 100003);
+  EXPECT_EQ(out.GetBuffer(), "");
+}
+
+// ---- Files --------------------------------------------------------------------------------------
+
+std::filesystem::perms Permissions(const std::string& name) {
+  return std::filesystem::status(name).permissions();
+}
+
+TEST(MoutstreamFile, ReplacesTheFileAndIsFlushedAtTheEnd) {
+  for (const int64_t size : {int64_t{-1}, int64_t{0}, int64_t{1}, int64_t{7}, int64_t{4096}}) {
+    SCOPED_TRACE(::testing::Message() << "buffer of " << size);
+    const TextFile file("what was there before");
+    {
+      Moutstream out(FileSink{.name = file.Name()}, size);
+      EXPECT_TRUE(out.IsOpen());
+      EXPECT_EQ(out.GetFileName(), file.Name());
+      EXPECT_EQ(ReadFile(file.Name()), "");
+      EXPECT_TRUE(out.WriteText("some bytes"));
+      EXPECT_EQ(out.WritePos(), 10);
+    }
+    EXPECT_EQ(ReadFile(file.Name()), "some bytes");
+  }
+}
+
+TEST(MoutstreamFile, BelongsToItsOwnerAlone) {
+  const mode_t mask = ::umask(0);
+  std::string temporary;
+  const TextFile place("");
+  const std::string named = std::string(place.Name()) + ".new";
+  {
+    Moutstream out(FileSink{.name = named.c_str()}, 8);
+    Moutstream temp(FileSink{}, 8);
+    temporary = temp.GetFileName();
+  }
+  ::umask(mask);
+  using std::filesystem::perms;
+  EXPECT_EQ(Permissions(named), perms::owner_read | perms::owner_write);
+  EXPECT_EQ(Permissions(temporary), perms::owner_read | perms::owner_write);
+  std::filesystem::remove(named);
+  std::filesystem::remove(temporary);
+}
+
+TEST(MoutstreamFile, KeepsTheReasonWhenItCannotBeOpened) {
+  for (const auto& [name, error] : {std::pair{"/nonexistent/file", ENOENT}, {"/", EISDIR}}) {
+    SCOPED_TRACE(name);
+    Moutstream out(FileSink{.name = name}, 8);
+    EXPECT_FALSE(out.IsOpen());
+    EXPECT_EQ(out.GetError(), error);
+    EXPECT_FALSE(out.WriteText("a"));
+    EXPECT_FALSE(out.FlushBuffer());
+    EXPECT_EQ(out.WritePos(), 0);
+    EXPECT_EQ(out.GetError(), error);
+  }
+}
+
+TEST(MoutstreamFile, FullDeviceIsAnErrorOnceTheBufferIs) {
+  Moutstream out(FileSink{.name = "/dev/full"}, 4);
+  EXPECT_TRUE(out.WriteText("abcd"));
+  EXPECT_FALSE(out.WriteText("e"));
+  EXPECT_EQ(out.GetError(), ENOSPC);
+}
+
+// A daemon that closed its standard input gets the descriptor 0 for its next file.
+TEST(MoutstreamFile, IsFlushedAtTheEndOnDescriptorZero) {
+  const TextFile file("");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::close(0);
+    Moutstream(FileSink{.name = file.Name()}, 64).WriteText("abc");
+    ::_exit(0);
+  }
+  ::waitpid(child, nullptr, 0);
+  EXPECT_EQ(ReadFile(file.Name()), "abc");
+}
+
+TEST(MoutstreamTemporary, HasANameOfItsOwnAndStays) {
+  std::string names[2];
+  for (std::string& name : names) {
+    Moutstream out(FileSink{}, 4);
+    ASSERT_TRUE(out.IsOpen());
+    name = out.GetFileName();
+    EXPECT_TRUE(out.WriteText("abcdef"));
+  }
+  EXPECT_NE(names[0], names[1]);
+  for (const std::string& name : names) {
+    EXPECT_EQ(name.find("par", name.rfind('/')), name.rfind('/') + 1) << name;
+    EXPECT_EQ(ReadFile(name), "abcdef");
+    std::filesystem::remove(name);
+  }
+}
+
+// ---- Copies -------------------------------------------------------------------------------------
+
+constexpr std::string_view kText = "one\r\ntwo\n--b\nthree";
+
+TEST(CopyStream, CopiesUpToTheLengthTheEndOrADelimiter) {
+  struct CopyCase {
+    const char* name;
+    int64_t length;
+    int64_t start;
+    const char* delimiter;
+    std::string_view want;
+  };
+  constexpr CopyCase kCases[] = {
+      {"everything", kWholeStream, 0, "", kText},
+      {"from the middle", kWholeStream, 5, "", kText.substr(5)},
+      {"a length", 4, 1, "", kText.substr(1, 4)},
+      {"more than there is", 1000, 0, "", kText},
+      {"nothing", 0, 0, "", ""},
+      {"less than nothing", -1, 0, "", ""},
+      {"up to a delimiter", kWholeStream, 0, "--b", "one\r\ntwo"},
+      {"a length in front of a delimiter", 6, 0, "--b", "one\r\nt"},
+  };
+  for (const CopyCase& c : kCases) {
+    SCOPED_TRACE(c.name);
+    ForEverySource(kText, [&](Minstream& in) {
+      in.Seek(c.start);
+      in.SetBoundary(c.delimiter);
+      Sink sink;
+      Moutstream out(sink.Writing(), 100);
+      EXPECT_EQ(CopyStream(in, out, c.length), kOk);
+      EXPECT_EQ(sink.blocks, c.want.empty() ? Blocks{} : Blocks{std::string(c.want)})
+          << "everything is flushed";
+    });
+  }
+}
+
+TEST(CopyStream, TellsWhichSideFailed) {
+  for (int64_t at = 0; at <= std::ssize(kText); ++at) {
+    SCOPED_TRACE(at);
+    DripSource source(kText, 3, at);
+    Minstream failing(source.Reading(), 7);
+    Moutstream memory(MemorySink{});
+    EXPECT_EQ(CopyStream(failing, memory, kWholeStream), kReadFailed);
+    EXPECT_EQ(TextOf(memory), kText.substr(0, static_cast<size_t>(at)));
+    EXPECT_EQ(failing.GetError(), EIO);
+
+    Sink sink{.fail_at = static_cast<int>(at) + 1};
+    Minstream in(MemorySource{.data = kText.data(), .length = std::ssize(kText)});
+    Moutstream out(sink.Writing(), 1);
+    EXPECT_EQ(CopyStream(in, out, kWholeStream), at < std::ssize(kText) ? kWriteFailed : kOk);
+    // A stream with an old error takes nothing, not even nothing.
+    EXPECT_EQ(CopyStream(in, out, 0), at < std::ssize(kText) ? kWriteFailed : kOk);
+  }
+  Minstream missing(FileSource{.name = "/nonexistent/file"}, 64);
+  Moutstream out(MemorySink{});
+  EXPECT_EQ(CopyStream(missing, out, kWholeStream), kReadFailed);
+}
+
+}  // namespace
+}  // namespace mimora::testing

@@ -1,0 +1,32 @@
+// Copyright (c) 2026 the mimora developers.
+#include "stream/scan.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace mimora {
+namespace {
+
+// Few different characters, so that pairs and near misses are frequent, at every alignment and
+// length: the fast searches must answer as the plain ones and read nothing beyond the end.
+TEST(Scan, FastSearchesAnswerAsThePlainOnes) {
+  std::mt19937 random(1);
+  constexpr char kCharacters[] = "ab-\r\nxxxxxxxxxxxx";
+  for (int round = 0; round < 20000; ++round) {
+    // A string of its own, so that the sanitizer sees a read beyond its end.
+    std::string text(random() % 70, 'x');
+    for (char& c : text) c = kCharacters[random() % (sizeof kCharacters - 1)];
+    const std::vector<char> bytes(text.begin(), text.end());
+    const char* begin = bytes.data();
+    const char* end = begin + bytes.size();
+    ASSERT_EQ(FindPair(begin, end, '\n', '-'), scan_plain::FindPair(begin, end, '\n', '-')) << text;
+    ASSERT_EQ(FindPair(begin, end, 'a', 'a'), scan_plain::FindPair(begin, end, 'a', 'a')) << text;
+    ASSERT_EQ(FindLineEndOr(begin, end, '-'), scan_plain::FindLineEndOr(begin, end, '-')) << text;
+    ASSERT_EQ(FindLineEnd(begin, end), scan_plain::FindLineEndOr(begin, end, '\r')) << text;
+  }
+}
+
+}  // namespace
+}  // namespace mimora

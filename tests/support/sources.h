@@ -1,0 +1,141 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// Sources for stream tests: one text behind every kind of input stream, in every size of piece.
+#ifndef MIMORA_TESTS_SUPPORT_SOURCES_H_
+#define MIMORA_TESTS_SUPPORT_SOURCES_H_
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/platform.h"
+#include "stream/minstream.h"
+#include "stream/moutstream.h"
+
+namespace mimora::testing {
+
+// A text behind callbacks, handed out in pieces of at most STEP bytes; from byte FAIL_AT on every
+// read answers -1 with errno EIO.
+class DripSource {
+ public:
+  static constexpr int64_t kNever = INT64_MAX;
+
+  explicit DripSource(std::string_view text, int64_t step = kNever, int64_t fail_at = kNever)
+      : text_(text), step_(step), fail_at_(fail_at) {}
+
+  CallbackSource Reading() {
+    return {.context = Context(), .read = Read, .seek = Seek, .tell = Tell};
+  }
+  CallbackSource Pointing() {
+    return {.context = Context(), .readptr = Point, .seek = Seek, .tell = Tell};
+  }
+
+ private:
+  intptr_t Context() { return reinterpret_cast<intptr_t>(this); }
+  static DripSource& From(intptr_t context) { return *reinterpret_cast<DripSource*>(context); }
+
+  int64_t Next(int64_t length) {
+    if (position_ >= fail_at_) {
+      errno = EIO;
+      return -1;
+    }
+    return std::max<int64_t>(
+        std::min({length, step_, std::ssize(text_) - position_, fail_at_ - position_}), 0);
+  }
+  static int64_t Read(intptr_t context, void* destination, int64_t length) {
+    const void* bytes = nullptr;
+    const int64_t count = Point(context, &bytes, length);
+    if (count > 0) std::memcpy(destination, bytes, static_cast<size_t>(count));
+    return count;
+  }
+  static int64_t Point(intptr_t context, const void** bytes, int64_t length) {
+    DripSource& source = From(context);
+    const int64_t count = source.Next(length);
+    if (count > 0) {
+      *bytes = source.text_.data() + source.position_;
+      source.position_ += count;
+    }
+    return count;
+  }
+  static void Seek(intptr_t context, int64_t position) { From(context).position_ = position; }
+  static int64_t Tell(intptr_t context) { return From(context).position_; }
+
+  std::string_view text_;
+  int64_t step_;
+  int64_t fail_at_;
+  int64_t position_ = 0;
+};
+
+// A file with that text, gone with the object.
+class TextFile {
+ public:
+  explicit TextFile(std::string_view text) {
+    platform::Close(platform::CreateTemporary(name_));
+    std::ofstream(name_, std::ios::binary) << text;
+  }
+  ~TextFile() { platform::Remove(name_.c_str()); }
+  TextFile(const TextFile&) = delete;
+  TextFile& operator=(const TextFile&) = delete;
+  const char* Name() const { return name_.c_str(); }
+
+ private:
+  std::string name_;
+};
+
+inline std::string ReadFile(const std::string& name) {
+  std::ifstream file(name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+constexpr int64_t kBufferSizes[] = {1, 2, 3, 7, 64, 4096};
+
+// Calls CHECK with a stream over the text for every kind of source, every buffer size and short
+// reads. Where the bytes come from must never show.
+inline void ForEverySource(std::string_view text, const std::function<void(Minstream&)>& check) {
+  {
+    SCOPED_TRACE("memory");
+    Minstream in(MemorySource{.data = text.data(), .length = std::ssize(text)});
+    check(in);
+  }
+  const TextFile file(text);
+  for (const int64_t size : kBufferSizes) {
+    SCOPED_TRACE(::testing::Message() << "buffer of " << size);
+    // One failure is enough to read.
+    if (::testing::Test::HasFailure()) return;
+    {
+      SCOPED_TRACE("file");
+      Minstream in(FileSource{.name = file.Name()}, size);
+      check(in);
+    }
+    for (const int64_t step : {int64_t{1}, int64_t{5}, DripSource::kNever}) {
+      SCOPED_TRACE(::testing::Message() << "at most " << step << " bytes a read");
+      DripSource reading(text, step);
+      DripSource pointing(text, step);
+      {
+        SCOPED_TRACE("read callback");
+        Minstream in(reading.Reading(), size);
+        check(in);
+      }
+      {
+        SCOPED_TRACE("read-pointer callback");
+        Minstream in(pointing.Pointing(), size);
+        check(in);
+      }
+    }
+  }
+}
+
+inline std::string TextOf(const Moutstream& out) { return std::string(out.GetBuffer()); }
+
+}  // namespace mimora::testing
+
+#endif  // MIMORA_TESTS_SUPPORT_SOURCES_H_
