@@ -63,7 +63,10 @@ bool IsDataLine(std::string_view line) {
                      in_alphabet);
 }
 
-size_t DecodedSize(std::string_view line) { return line.empty() ? 0 : ValueOf(line.front()); }
+// A line of blanks only is one of no bytes, whatever blanks they are.
+size_t DecodedSize(std::string_view line) {
+  return TrimRight(line).empty() ? 0 : ValueOf(line.front());
+}
 
 void DecodeLine(std::string_view line, Moutstream& out) {
   const size_t size = DecodedSize(line);

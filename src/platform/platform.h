@@ -25,8 +25,11 @@ std::optional<std::string> FindSetting(std::string_view text, std::string_view n
 
 uint32_t ProcessId();
 
-// Remembered per thread: cheap enough to be asked for every run of bytes.
 uint32_t ThreadId();
+
+// Differs between threads that live at the same time. Cheap enough to be asked for every run of
+// bytes, which a thread's id is not.
+const void* ThreadToken();
 
 struct LocalTime {
   int year, month, day, hour, minute, second;  // month and day counted from 1

@@ -70,9 +70,12 @@ std::optional<std::string> ReadSetting(const char* name) {
 
 uint32_t ProcessId() { return static_cast<uint32_t>(getpid()); }
 
-uint32_t ThreadId() {
-  thread_local const uint32_t id = static_cast<uint32_t>(gettid());
-  return id;
+// Not remembered: it changes when the process forks.
+uint32_t ThreadId() { return static_cast<uint32_t>(gettid()); }
+
+const void* ThreadToken() {
+  thread_local char token;
+  return &token;
 }
 
 LocalTime Now() {

@@ -99,10 +99,9 @@ void Minstream::FindStartPosition() {
 }
 
 void Minstream::CheckOwner() const {
-  if (owner_thread_ == 0) return;
-  const uint32_t current = platform::ThreadId();
-  if (current == owner_thread_) return;
-  LogError("~<E> thread id %x reads what thread %x positioned", current, owner_thread_);
+  if (owner_ == nullptr || owner_ == platform::ThreadToken()) return;
+  LogError("~<E> thread id %x reads what thread %x positioned", platform::ThreadId(),
+           owner_thread_);
 }
 
 // How far into the buffer reads may go. In memory buffer_end_ is 0 and never beyond a limit.
@@ -309,8 +308,8 @@ void Minstream::EnterBoundary(std::string_view delimiter) {
   plain_ = index_;
   if (!hit_) return;
   // The line that was taken for an outer delimiter may be the first one of this.
-  const DelimiterMatch match = delimiters_.Match(
-      boundary_line_.data(), static_cast<int64_t>(boundary_line_.size()), true);
+  const DelimiterMatch match =
+      delimiters_.Match(boundary_line_.data(), static_cast<int64_t>(boundary_line_.size()), true);
   hit_level_ = match.level;
   hit_closes_ = match.closes;
 }
@@ -420,6 +419,7 @@ int64_t Minstream::Position() {
 }
 
 void Minstream::Seek(int64_t position) {
+  owner_ = platform::ThreadToken();
   owner_thread_ = platform::ThreadId();
   if (position < 0) return;
   FindStartPosition();

@@ -163,7 +163,9 @@ class Minstream {
   char last_character_ = '\n';  // the very first byte counts as the start of a line
   int32_t error_ = 0;
   int file_ = platform::kNoFile;
-  uint32_t owner_thread_ = 0;  // who positioned the stream; 0: nobody yet
+  // Who positioned the stream; null: nobody yet.
+  const void* owner_ = nullptr;
+  uint32_t owner_thread_ = 0;
 
   const char* data_ = nullptr;  // the caller's bytes, or the buffer
   int64_t capacity_ = 0;

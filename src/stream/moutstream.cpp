@@ -58,7 +58,9 @@ Moutstream::Moutstream(CountingSink) : mode_(kCounting), ok_(true) {
 }
 
 Moutstream::~Moutstream() {
-  if (mode_ == kBuffered && sink_.context != 0 && sink_.context != -1) {
+  // A file may well have the descriptor 0.
+  const bool flushes = file_ != platform::kNoFile || (sink_.context != 0 && sink_.context != -1);
+  if (mode_ == kBuffered && flushes) {
     try {
       FlushBuffer();
     } catch (...) {

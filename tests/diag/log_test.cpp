@@ -1,7 +1,7 @@
 // Copyright (c) 2026 the mimora developers.
 //
 // What is logged is decided once per process: every case here runs in a process of its own, which
-// writes to its standard error what the log and the callback got.
+// shows on its standard error what the callback and the log got.
 #include "diag/log.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -28,297 +27,222 @@
 namespace mimora::testing {
 namespace {
 
-// The folder that holds the log.
-struct Folder {
-  std::string path = (std::filesystem::temp_directory_path() / "log_test.XXXXXX").string();
-  Folder() { path = ::mkdtemp(path.data()); }
-  std::string Log() const { return path + "/mimora.err"; }
-  std::string Switch() const { return path + "/mimora1.err"; }
-  void MakeBoth() const {
-    std::ofstream(Log(), std::ios::app);
-    std::ofstream(Switch(), std::ios::app);
-  }
-};
-
-// In the wanted texts "@ " stands for the prefix of a line, "no file" for a log that is not there.
-// Lines that the callback gets come first, each with "|" behind it.
-struct LogCase {
-  const char* name;
-  enum { kNone, kLog, kSwitch, kBoth } files;
-  void (*work)(const Folder&);
-  const char* want;
-};
-
-[[noreturn]] void Run(const LogCase& c) {
-  const Folder folder;
-  if (c.files == LogCase::kLog || c.files == LogCase::kBoth) std::ofstream(folder.Log());
-  if (c.files == LogCase::kSwitch || c.files == LogCase::kBoth) std::ofstream(folder.Switch());
-  ::setenv("MIMORA_KEY20", ("a;b;c;" + folder.path).c_str(), 1);
-  c.work(folder);
-  const bool there = std::filesystem::is_regular_file(folder.Log());
-  const std::string log = there ? ReadFile(folder.Log()) : "no file";
-  std::filesystem::remove_all(folder.path);
-  const std::regex prefix(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d \[[0-9A-F]{8}:[0-9A-F]{8}\] )");
-  std::fputs(std::regex_replace(log, prefix, "@ ").c_str(), stderr);
-  ::_exit(0);
-}
-
-void ExpectWritten(const LogCase& c) {
-  SCOPED_TRACE(c.name);
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const ::testing::Matcher<const std::string&> want = ::testing::Eq(std::string(c.want));
-  EXPECT_EXIT(Run(c), ::testing::ExitedWithCode(0), want);
-}
+// Both in a folder that only this process knows.
+std::string log_file;
+std::string switch_file;
 
 void Show(const char* line) { std::fprintf(stderr, "%s|", line); }
 void ShowLength(const char* line) { std::fprintf(stderr, "%zu|", std::strlen(line)); }
 
-void TraceAndError() {
-  LogTrace("trace %d", 1);
-  LogError("error %s", "two");
+// Shows the log, with "@" for the prefix of a line, and empties it.
+void ShowLog() {
+  if (!std::filesystem::is_regular_file(log_file)) return Show("no file");
+  const std::regex prefix(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d \[[0-9A-F]{8}:[0-9A-F]{8}\] )");
+  std::fputs(std::regex_replace(ReadFile(log_file), prefix, "@").c_str(), stderr);
+  std::ofstream(log_file, std::ios::trunc);
 }
 
-constexpr LogCase kDecisions[] = {
-    {"no file", LogCase::kNone,
-     [](const Folder&) {
-       TraceAndError();
-       LogTraceWithData("x", 1, "dump");
-     },
-     "no file"},
-    {"only the switch file", LogCase::kSwitch, [](const Folder&) { TraceAndError(); }, "no file"},
-    {"only the log file", LogCase::kLog, [](const Folder&) { TraceAndError(); }, "@ error two\n"},
-    {"both files", LogCase::kBoth, [](const Folder&) { TraceAndError(); },
-     "@ trace 1\n@ error two\n"},
-    {"the log file is a folder", LogCase::kSwitch,
-     [](const Folder& folder) {
-       std::filesystem::create_directory(folder.Log());
-       TraceAndError();
-     },
-     "no file"},
-    {"the switch file is a folder", LogCase::kLog,
-     [](const Folder& folder) {
-       std::filesystem::create_directory(folder.Switch());
-       TraceAndError();
-     },
-     "@ error two\n"},
-    {"a dump first switches the trace on", LogCase::kLog,
-     [](const Folder&) {
-       LogTraceWithData("x", 1, "dump");
-       TraceAndError();
-     },
-     "@ dump\nBINARY DATA START size = 1\nx\nBINARY DATA END\n@ trace 1\n@ error two\n"},
-    {"a trace first switches the dumps off", LogCase::kLog,
-     [](const Folder&) {
-       LogTrace("trace");
-       LogTraceWithData("x", 1, "dump");
-     },
-     ""},
-    {"an error first decides nothing about the trace", LogCase::kBoth,
-     [](const Folder&) {
-       LogError("first");
-       TraceAndError();
-     },
-     "@ first\n@ trace 1\n@ error two\n"},
-    {"files that come later change nothing", LogCase::kNone,
-     [](const Folder& folder) {
-       TraceAndError();
-       folder.MakeBoth();
-       TraceAndError();
-       LogTraceWithData("x", 1, "dump");
-     },
-     ""},
-    {"a trace that is switched on brings the errors with it", LogCase::kNone,
-     [](const Folder& folder) {
-       LogError("lost");
-       folder.MakeBoth();
-       TraceAndError();
-     },
-     "@ trace 1\n@ error two\n"},
-    {"files that go later change nothing", LogCase::kBoth,
-     [](const Folder& folder) {
-       TraceAndError();
-       std::filesystem::remove(folder.Log());
-       std::filesystem::remove(folder.Switch());
-       TraceAndError();
-     },
-     "@ trace 1\n@ error two\n"},
-    {"a log that can no longer be opened is lost in silence", LogCase::kBoth,
-     [](const Folder& folder) {
-       TraceAndError();
-       std::filesystem::remove_all(folder.path);
-       TraceAndError();
-       LogTraceWithData("x", 1, "dump");
-     },
-     "no file"},
-    {"the callback takes the trace and nothing else", LogCase::kBoth,
-     [](const Folder&) {
-       P_SetQQ_callback(Show);
-       TraceAndError();
-       LogTraceWithData("x", 1, "dump");
-       P_SetQQ_callback(nullptr);
-       LogTrace("file");
-     },
-     "trace 1|@ error two\n@ dump\nBINARY DATA START size = 1\nx\nBINARY DATA END\n@ file\n"},
-    {"the callback needs no file", LogCase::kNone,
-     [](const Folder&) {
-       P_SetQQ_callback(Show);
-       TraceAndError();
-     },
-     "trace 1|no file"},
-    {"the callback is heard when the trace is off", LogCase::kLog,
-     [](const Folder&) {
-       LogTrace("lost");
-       P_SetQQ_callback(Show);
-       LogTrace("heard");
-       P_SetQQ_callback(nullptr);
-       LogTrace("lost");
-     },
-     "heard|"},
-    {"the callback decides nothing", LogCase::kLog,
-     [](const Folder&) {
-       P_SetQQ_callback(Show);
-       LogTrace("heard");
-       LogTraceWithData("x", 1, "dump");
-       P_SetQQ_callback(nullptr);
-       LogTrace("trace");
-     },
-     "heard|@ dump\nBINARY DATA START size = 1\nx\nBINARY DATA END\n@ trace\n"},
-};
+// FILES: "l" makes the log file, "s" the switch file, a capital letter a folder of that name.
+void MakeFiles(std::string_view files) {
+  for (const char c : files) {
+    const std::string& name = c == 'l' || c == 'L' ? log_file : switch_file;
+    c == 'l' || c == 's' ? void(std::ofstream(name))
+                         : void(std::filesystem::create_directory(name));
+  }
+}
+
+template <typename Work>
+void ExpectShown(const char* name, std::string_view files, Work work, const std::string& want) {
+  SCOPED_TRACE(name);
+  const auto run = [&] {
+    std::string folder = (std::filesystem::temp_directory_path() / "log_test.XXXXXX").string();
+    if (::mkdtemp(folder.data()) == nullptr) ::_exit(1);
+    log_file = folder + "/mimora.err";
+    switch_file = folder + "/mimora1.err";
+    MakeFiles(files);
+    ::setenv("MIMORA_KEY20", ("a;b;c;" + folder).c_str(), 1);
+    work();
+    std::filesystem::remove_all(folder);
+    ::_exit(0);
+  };
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const ::testing::Matcher<const std::string&> shown = ::testing::Eq(want);
+  EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), shown);
+}
+
+// ---- Decisions ----------------------------------------------------------------------------------
+
+// What a process does, letter by letter.
+void Do(std::string_view script) {
+  for (const char c : script) {
+    if (c == 't') LogTrace("trace");
+    if (c == 'e') LogError("error");
+    if (c == 'd') LogTraceWithData("x", 1, "dump");
+    if (c == 'c') P_SetQQ_callback(Show);
+    if (c == 'n') P_SetQQ_callback(nullptr);
+    if (c == '+') MakeFiles("ls");
+    if (c == '-') std::filesystem::remove(log_file), std::filesystem::remove(switch_file);
+    if (c == '0') std::filesystem::remove_all(log_file.substr(0, log_file.rfind('/')));
+  }
+}
+
+#define DUMP "@dump\nBINARY DATA START size = 1\nx\nBINARY DATA END\n"
 
 TEST(Log, DecidesOnceWhatIsWritten) {
-  for (const LogCase& c : kDecisions) ExpectWritten(c);
-}
-
-constexpr LogCase kTexts[] = {
-    {"line ends behind a line go, others stay", LogCase::kBoth,
-     [](const Folder&) {
-       LogTrace("a\nb\n\n");
-       LogError("\n");
-       LogTraceWithData(nullptr, 0, "c\n");
-       P_SetQQ_callback(Show);
-       LogTrace("a\nb\n\n");
-     },
-     "a\nb|@ a\nb\n@ \n@ c\nBINARY DATA START size = 0\n\nBINARY DATA END\n"},
-    {"a dump has no CR, and tells the size with them", LogCase::kLog,
-     [](const Folder&) { LogTraceWithData("\r\na\r\r\n%s\r", 9, "data of %d", 9); },
-     "@ data of 9\nBINARY DATA START size = 9\n\na\n%s\nBINARY DATA END\n"},
-    {"a dump of nothing", LogCase::kLog,
-     [](const Folder&) {
-       LogTraceWithData(nullptr, 5, "null");
-       LogTraceWithData("x", -1, "negative");
-     },
-     "@ null\nBINARY DATA START size = 5\n\nBINARY DATA END\n"
-     "@ negative\nBINARY DATA START size = -1\n\nBINARY DATA END\n"},
-    {"a long dump is whole", LogCase::kLog,
-     [](const Folder& folder) {
-       const std::string data = std::string(65535, 'x') + "\r\n" + std::string(70000, 'y');
-       LogTraceWithData(data.data(), std::ssize(data), "long");
-       const std::string log = ReadFile(folder.Log());
-       const std::string want = data.substr(0, 65535) + data.substr(65536) + "\nBINARY DATA END\n";
-       std::fputs(log.ends_with("\n" + want) ? "good " : "bad ", stderr);
-       std::ofstream(folder.Log());
-     },
-     "good "},
-    {"a text that is loaded as a message is dumped", LogCase::kBoth,
-     [](const Folder& folder) {
-       M_Bodypart* part = M_CreateMessage();
-       M_LoadBodypartFromString(part, "a: b\r\n\r\nc", -1);
-       M_DestroyMessage(part);
-       const std::string log = ReadFile(folder.Log());
-       const size_t end = log.find("END\n");
-       std::fputs(log.substr(log.find("BINARY"), end - log.find("BINARY")).c_str(), stderr);
-       std::ofstream(folder.Log());
-     },
-     "BINARY DATA START size = 9\na: b\n\nc\nBINARY DATA "},
-    {"long lines are cut in the file, prefix included", LogCase::kBoth,
-     [](const Folder& folder) {
-       const std::string text(5000, 'x');
-       for (const bool error : {false, true}) {
-         error ? LogError("%s", text.c_str()) : LogTrace("%s", text.c_str());
-         std::fprintf(stderr, "%zu ", ReadFile(folder.Log()).find('\n'));
-         std::ofstream(folder.Log());
-       }
-     },
-     "2047 2047 "},
-    {"long lines are cut for the callback", LogCase::kNone,
-     [](const Folder&) {
-       P_SetQQ_callback(ShowLength);
-       for (const size_t length : {2046u, 2047u, 2048u, 5000u}) {
-         LogTrace("%s", std::string(length, 'x').c_str());
-         P_QQ(std::string(length, 'x').c_str());
-       }
-       LogTrace("%s\nmore", std::string(2046, 'x').c_str());
-     },
-     "2046|2046|2047|2047|2047|2047|2047|2047|2046|no file"},
-    {"percent signs of a user", LogCase::kBoth,
-     [](const Folder&) {
-       for (const bool callback : {false, true}) {
-         P_SetQQ_callback(callback ? Show : nullptr);
-         for (const char* text : {"100%% of 50%", "%s %n %d %5.3f %m", "%%%", "%%s %%%%", "", "%"})
-           P_QQ(text);
-         P_QQ(nullptr);
-       }
-     },
-     "100% of 50%|%s %n %d %5.3f %m|%%|%s %%||%|"
-     "@ 100% of 50%\n@ %s %n %d %5.3f %m\n@ %%\n@ %s %%\n@ \n@ %\n"},
-};
-
-TEST(Log, WritesLinesAndDumps) {
-  for (const LogCase& c : kTexts) ExpectWritten(c);
-}
-
-// The local time and the identifiers of PROCESS and THREAD, which wrote the last line of the log.
-bool PrefixIsOf(const Folder& folder, int process, int thread, time_t before) {
-  std::string line = ReadFile(folder.Log());
-  line.erase(0, line.rfind('\n', line.size() - 2) + 1);
-  char ids[32];
-  std::snprintf(ids, sizeof ids, " [%08X:%08X] ", static_cast<unsigned>(process),
-                static_cast<unsigned>(thread));
-  const auto stamp = [](time_t t) {
-    std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", std::localtime(&t));
-    return std::string(text.data());
+  struct Case {
+    const char* name;
+    const char* files;
+    const char* script;
+    const char* want;
   };
-  const std::string time = line.substr(0, 19);
-  const bool good = line.substr(19).starts_with(ids) && stamp(before) <= time &&
-                    time <= stamp(std::time(nullptr));
-  std::ofstream(folder.Log());
-  return good;
+  constexpr Case kCases[] = {
+      {"no file", "", "ted", "no file|"},
+      {"only the switch file", "s", "ted", "no file|"},
+      {"only the log file", "l", "te", "@error\n"},
+      {"both files", "ls", "te", "@trace\n@error\n"},
+      {"the log file is a folder", "Ls", "ted", "no file|"},
+      {"the switch file is a folder", "lS", "te", "@error\n"},
+      {"a dump first switches the trace on", "l", "dte", DUMP "@trace\n@error\n"},
+      {"a trace first switches the dumps off", "l", "td", ""},
+      {"an error first decides nothing about the trace", "ls", "ete", "@error\n@trace\n@error\n"},
+      {"nor about the dumps", "l", "edt", "@error\n" DUMP "@trace\n"},
+      {"files that come later change nothing", "", "te+ted", ""},
+      {"a trace that is switched on brings the errors with it", "", "e+te", "@trace\n@error\n"},
+      {"a dump does not", "", "e+de", DUMP},
+      {"files that go later change nothing", "ls", "te-te", "@trace\n@error\n"},
+      {"a log that can't be opened any more is lost", "ls", "te0ted", "no file|"},
+      {"the callback takes the trace and nothing else", "ls", "cted", "trace|@error\n" DUMP},
+      {"the callback gives the trace back", "ls", "ctnt", "trace|@trace\n"},
+      {"the callback needs no file", "", "cte", "trace|no file|"},
+      {"the callback is heard when the trace is off", "l", "tctnt", "trace|"},
+      {"the callback decides nothing", "l", "ctdnt", "trace|" DUMP "@trace\n"},
+  };
+  for (const Case& c : kCases) {
+    ExpectShown(
+        c.name, c.files, [&] { Do(c.script), ShowLog(); }, c.want);
+  }
+}
+
+// ---- Lines --------------------------------------------------------------------------------------
+
+TEST(Log, LineEndsBehindALineGoAndOthersStay) {
+  const auto work = [] {
+    LogTrace("a\nb\n\n");
+    LogError("\n");
+    LogTraceWithData(nullptr, 0, "c\n");
+    P_SetQQ_callback(Show);
+    LogTrace("a\nb\n\n");
+    ShowLog();
+  };
+  const char* want = "a\nb|@a\nb\n@\n@c\nBINARY DATA START size = 0\n\nBINARY DATA END\n";
+  ExpectShown("", "ls", work, want);
+}
+
+TEST(Log, LongLinesAreCut) {
+  const std::string x(5000, 'x');
+  const auto show_length = [] {
+    std::fprintf(stderr, "%zu|", ReadFile(log_file).find('\n'));
+    std::ofstream(log_file, std::ios::trunc);
+  };
+  const auto in_file = [&] {
+    LogTrace("%s", x.c_str()), show_length();
+    LogError("%s", x.c_str()), show_length();
+  };
+  ExpectShown("in the file with their prefix", "ls", in_file, "2047|2047|");
+  const auto in_callback = [&] {
+    P_SetQQ_callback(ShowLength);
+    for (const int length : {2046, 2047, 2048, 5000}) LogTrace("%.*s", length, x.c_str());
+    P_QQ(x.c_str());
+    LogTrace("%.2046s\nmore", x.c_str());
+  };
+  ExpectShown("for the callback", "", in_callback, "2046|2047|2047|2047|2047|2046|");
+}
+
+TEST(Log, DumpsHaveNoCrAndTellTheSizeWithThem) {
+  const auto work = [] {
+    LogTraceWithData("\r\na\r\r\n%s\r", 9, "data of %d", 9), ShowLog();
+    LogTraceWithData(nullptr, 5, "null"), ShowLog();
+    LogTraceWithData("x", -1, "negative"), ShowLog();
+    const std::string data = std::string(65535, 'x') + "\r\n" + std::string(70000, 'y');
+    LogTraceWithData(data.data(), std::ssize(data), "long");
+    const std::string want = std::string(65535, 'x') + "\n" + std::string(70000, 'y');
+    Show(ReadFile(log_file).ends_with("\n" + want + "\nBINARY DATA END\n") ? "good" : "bad");
+  };
+  ExpectShown("", "l", work,
+              "@data of 9\nBINARY DATA START size = 9\n\na\n%s\nBINARY DATA END\n"
+              "@null\nBINARY DATA START size = 5\n\nBINARY DATA END\n"
+              "@negative\nBINARY DATA START size = -1\n\nBINARY DATA END\ngood|");
+}
+
+TEST(Log, HasTheTextThatIsLoadedAsAMessage) {
+  const auto work = [] {
+    M_Bodypart* part = M_CreateMessage();
+    M_LoadBodypartFromString(part, "a: b\r\n\r\nc", -1);
+    M_DestroyMessage(part);
+    const std::string log = ReadFile(log_file);
+    const size_t start = log.find("BINARY DATA START");
+    Show(log.substr(start, log.find("END", start) - start).c_str());
+  };
+  ExpectShown("", "ls", work, "BINARY DATA START size = 9\na: b\n\nc\nBINARY DATA |");
+}
+
+TEST(Log, PercentSignsOfAUserNeverAskForArguments) {
+  for (const bool callback : {false, true}) {
+    const auto work = [&] {
+      P_SetQQ_callback(callback ? Show : nullptr);
+      for (const char* text : {"100%% of 50%", "%s %n %*d %m", "%%%", "%%s%%%%", "%", ""})
+        P_QQ(text);
+      P_QQ(nullptr);
+      if (!callback) ShowLog();
+    };
+    ExpectShown(callback ? "callback" : "file", "ls", work,
+                callback ? "100% of 50%|%s %n %*d %m|%%|%s%%|%||"
+                         : "@100% of 50%\n@%s %n %*d %m\n@%%\n@%s%%\n@%\n@\n");
+  }
+}
+
+// The prefix that a line of now gets, as far as its minutes, and what identifies its writer.
+std::string Prefix(pid_t process, pid_t thread) {
+  const time_t now = std::time(nullptr);
+  char date[32], prefix[64];
+  std::strftime(date, sizeof date, "%Y-%m-%d %H:", std::localtime(&now));
+  std::snprintf(prefix, sizeof prefix, "%s..:.. [%08X:%08X] ", date, static_cast<unsigned>(process),
+                static_cast<unsigned>(thread));
+  return prefix;
+}
+
+void ShowWhetherPrefixIs(const std::string& prefix) {
+  std::string line = ReadFile(log_file);
+  line.replace(line.find(':') + 1, 5, "..:..");
+  Show(line == prefix + "text\n" ? "good" : line.c_str());
 }
 
 TEST(Log, PrefixTellsLocalTimeProcessAndThread) {
-  ExpectWritten({"", LogCase::kLog,
-                 [](const Folder& folder) {
-                   ::setenv("TZ", "AAA+11", 1);
-                   const time_t before = std::time(nullptr);
-                   LogError("text");
-                   std::fputs(PrefixIsOf(folder, ::getpid(), ::gettid(), before) ? "good" : "bad",
-                              stderr);
-                 },
-                 "good"});
+  const auto work = [] {
+    ::setenv("TZ", "AAA+11", 1);
+    LogError("text");
+    ShowWhetherPrefixIs(Prefix(::getpid(), ::gettid()));
+  };
+  ExpectShown("", "l", work, "good|");
 }
 
-// Mail servers fork: a child that logged before as its parent is another process and thread.
+// Mail servers fork: who logged before as the parent is another process and another thread now.
 TEST(Log, PrefixTellsTheThreadOfAForkedChild) {
-  ExpectWritten({"", LogCase::kLog,
-                 [](const Folder& folder) {
-                   LogError("parent");
-                   const time_t before = std::time(nullptr);
-                   const pid_t child = ::fork();
-                   if (child == 0) {
-                     LogError("child");
-                     ::_exit(0);
-                   }
-                   ::waitpid(child, nullptr, 0);
-                   std::fputs(PrefixIsOf(folder, child, child, before) ? "good" : "bad", stderr);
-                 },
-                 "good"});
+  const auto work = [] {
+    LogError("parent");
+    std::ofstream(log_file, std::ios::trunc);
+    const pid_t child = ::fork();
+    if (child == 0) LogError("text"), ::_exit(0);
+    ::waitpid(child, nullptr, 0);
+    ShowWhetherPrefixIs(Prefix(child, child));
+  };
+  ExpectShown("", "l", work, "good|");
 }
 
 // ---- Handle checks ------------------------------------------------------------------------------
 
-// Two pages of which only the first can be read.
-char* EndOfReadablePage() {
+// Of the two pages around it only the first can be read.
+const char* EndOfReadablePage() {
   const auto size = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
   void* pages = ::mmap(nullptr, 2 * size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   char* end = static_cast<char*>(pages) + size;
@@ -326,62 +250,69 @@ char* EndOfReadablePage() {
   return end;
 }
 
-constexpr LogCase kChecks[] = {
-    {"null", LogCase::kLog,
-     [](const Folder&) {
-       P_SetQQ_callback(Show);
-       std::fputs(checkbodypart(nullptr, "") ? "true" : "false", stderr);
-     },
-     "checkbodypart for bp=[0] |false@ checkbodypart assert failure\n"},
-    {"unreadable", LogCase::kLog,
-     [](const Folder&) {
-       P_SetQQ_callback(Show);
-       const bool good = checkinstream(reinterpret_cast<void*>(0xAB), "context");
-       std::fputs(good ? "true" : "false", stderr);
-     },
-     "checkinstream for in=[AB] context|false"
-     "@ checkinstream exception\n@ checkinstream assert failure\n"},
-    {"a page that may not be read", LogCase::kLog,
-     [](const Folder&) { checkoutstream(EndOfReadablePage(), ""); },
-     "@ checkoutstream exception\n@ checkoutstream assert failure\n"},
-    {"half a tag in front of such a page", LogCase::kLog,
-     [](const Folder&) { checkbodypart(EndOfReadablePage() - 2, ""); },
-     "@ checkbodypart exception\n@ checkbodypart assert failure\n"},
-    {"another tag that ends with its page", LogCase::kLog,
-     [](const Folder&) { checkbodypart(EndOfReadablePage() - 4, ""); },
-     "@ checkbodypart assert failure\n"},
-    {"another kind", LogCase::kLog,
-     [](const Folder&) {
-       const uint32_t tags[] = {kBodypartSignature, kInstreamSignature, kOutstreamSignature};
-       for (const auto check : {checkbodypart, checkinstream, checkoutstream})
-         for (const uint32_t& tag : tags) std::fputs(check(&tag, "") ? "1" : "0", stderr);
-     },
-     "100010001"
-     "@ checkbodypart assert failure\n@ checkbodypart assert failure\n"
-     "@ checkinstream assert failure\n@ checkinstream assert failure\n"
-     "@ checkoutstream assert failure\n@ checkoutstream assert failure\n"},
-    {"the verdict without a log", LogCase::kNone,
-     [](const Folder&) {
-       const uint32_t tag = kBodypartSignature;
-       std::fprintf(stderr, "%d%d%d ", checkbodypart(&tag, ""), checkbodypart(nullptr, ""),
-                    checkbodypart(EndOfReadablePage(), ""));
-     },
-     "100 no file"},
-};
-
 TEST(Checks, TellGoodHandlesFromAllOtherAddresses) {
-  for (const LogCase& c : kChecks) ExpectWritten(c);
+  struct Case {
+    const char* name;
+    const void* handle;
+    const char* want;
+  };
+  constexpr uint32_t kTags[] = {kBodypartSignature, kInstreamSignature, kOutstreamSignature, 0};
+  const char* end = EndOfReadablePage();
+  const Case cases[] = {
+      {"null", nullptr, "aaa"},
+      {"a part", &kTags[0], "1aa"},
+      {"an input stream", &kTags[1], "a1a"},
+      {"an output stream", &kTags[2], "aa1"},
+      {"something else", &kTags[3], "aaa"},
+      {"an address that is never mapped", reinterpret_cast<void*>(16), "xaxaxa"},
+      {"an impossible address", reinterpret_cast<void*>(UINTPTR_MAX - 7), "xaxaxa"},
+      {"a page that can't be read", end, "xaxaxa"},
+      {"half a tag in front of such a page", end - 2, "xaxaxa"},
+      {"a whole one", end - 4, "aaa"},
+  };
+  for (const Case& c : cases) {
+    const auto work = [&] {
+      std::string verdicts;
+      verdicts += checkbodypart(c.handle, "") ? "1" : "";
+      verdicts += checkinstream(c.handle, "") ? "1" : "";
+      verdicts += checkoutstream(c.handle, "") ? "1" : "";
+      std::string log = std::regex_replace(ReadFile(log_file), std::regex(".*\\] check"), "");
+      Show((log + verdicts).c_str());
+    };
+    std::string want;
+    const char* names[] = {"bodypart", "instream", "outstream"};
+    size_t check = 0;
+    bool good = false;
+    for (const char* p = c.want; *p != '\0'; ++p) {
+      if (*p == 'x') want += std::string(names[check]) + " exception\n";
+      if (*p == 'a') want += std::string(names[check++]) + " assert failure\n";
+      if (*p == '1') good = true, ++check;
+    }
+    ExpectShown(c.name, "l", work, want + (good ? "1|" : "|"));
+  }
+}
+
+TEST(Checks, TraceTheAddressAndTheContext) {
+  const auto work = [] {
+    P_SetQQ_callback(Show);
+    checkbodypart(nullptr, "");
+    checkinstream(reinterpret_cast<void*>(0xAB), "M_Some");
+    checkoutstream(reinterpret_cast<void*>(0x1F), "");
+  };
+  ExpectShown("", "", work,
+              "checkbodypart for bp=[0] |checkinstream for in=[AB] M_Some|"
+              "checkoutstream for out=[1F] |");
 }
 
 // ---- Where the log is ---------------------------------------------------------------------------
 
 TEST(LogFilePathFor, TakesTheFieldBehindTheThirdSemicolon) {
-  struct PathCase {
+  struct Case {
     const char* name;
     const char* key20;
     const char* want;
   };
-  constexpr PathCase kCases[] = {
+  constexpr Case kCases[] = {
       {"four fields", "a;b;c;/var/log", "/var/log/mimora.err"},
       {"a slash at the end", "a;b;c;/var/log/", "/var/log/mimora.err"},
       {"the root folder", "a;b;c;/", "/mimora.err"},
@@ -390,32 +321,25 @@ TEST(LogFilePathFor, TakesTheFieldBehindTheThirdSemicolon) {
       {"no semicolon: the file itself", "/x.log", "/x.log"},
       {"two semicolons: the file itself", "a;b;/c", "a;b;/c"},
       {"an empty field: the file itself", "a;b;c;", "a;b;c;"},
-      {"only semicolons", ";;;", ";;;"},
       {"nothing", "", ""},
   };
-  for (const PathCase& c : kCases) EXPECT_EQ(LogFilePathFor(c.key20), c.want) << c.name;
+  for (const Case& c : kCases) EXPECT_EQ(LogFilePathFor(c.key20), c.want) << c.name;
 }
 
-// The switch file lies beside the log; a setting that is too long counts as none.
-TEST(Log, FindsItsFilesByTheSetting) {
-  static constexpr auto show = [](const std::string& key20) {
-    ::setenv("MIMORA_KEY20", key20.c_str(), 1);
-    const std::string& log = GetLogFilePath();
-    std::fprintf(stderr, "%s %s", log.size() > 100 ? "long" : log.c_str(),
-                 GetLogSwitchFilePath().c_str());
+// A setting that is too long counts as none.
+TEST(Log, FindsTheSwitchFileBesideTheLogFile) {
+  const auto show_for = [](const std::string& key20) {
+    return [key20] {
+      ::setenv("MIMORA_KEY20", key20.c_str(), 1);
+      Show(GetLogFilePath() == key20 ? "itself" : GetLogFilePath().c_str());
+      Show(GetLogSwitchFilePath().c_str());
+    };
   };
-  static const std::string long_name(507, 'x');
-  const LogCase cases[] = {
-      {"a folder", LogCase::kNone, [](const Folder&) { show("a;b;c;/nowhere"); },
-       "/nowhere/mimora.err /nowhere/mimora1.errno file"},
-      {"a file", LogCase::kNone, [](const Folder&) { show("/no/where.log"); },
-       "/no/where.log /no/mimora1.errno file"},
-      {"511 bytes", LogCase::kNone, [](const Folder&) { show("/no/" + long_name); },
-       "long /no/mimora1.errno file"},
-      {"512 bytes", LogCase::kNone, [](const Folder&) { show("/nox/" + long_name); },
-       "/var/log/mimora.err /var/log/mimora1.errno file"},
-  };
-  for (const LogCase& c : cases) ExpectWritten(c);
+  const std::string x(507, 'x');
+  ExpectShown("a folder", "", show_for(";;;/no"), "/no/mimora.err|/no/mimora1.err|");
+  ExpectShown("a file", "", show_for("/no/where.log"), "itself|/no/mimora1.err|");
+  ExpectShown("511 bytes", "", show_for("/no/" + x), "itself|/no/mimora1.err|");
+  ExpectShown("512 bytes", "", show_for("/now/" + x), "/var/log/mimora.err|/var/log/mimora1.err|");
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ std::string ReadFile(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::filesystem::path Examples() { return std::getenv("MIMORA_EXAMPLES"); }
+std::filesystem::path Examples() { return MIMORA_EXAMPLES; }
 
 constexpr std::string_view kLetter =
     "From: Ema <ema@example.org>\r\n"
@@ -62,12 +62,10 @@ constexpr std::string_view kHostile =
 class Tool : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    ASSERT_NE(std::getenv("MIMORA_TOOL"), nullptr);
-    ASSERT_NE(std::getenv("MIMORA_EXAMPLES"), nullptr);
     std::string name = (std::filesystem::temp_directory_path() / "tool_test.XXXXXX").string();
     ASSERT_NE(::mkdtemp(name.data()), nullptr);
     folder_ = name;
-    setenv("T", std::filesystem::absolute(std::getenv("MIMORA_TOOL")).c_str(), 1);
+    setenv("T", std::filesystem::absolute(MIMORA_TOOL).c_str(), 1);
     setenv("E", std::filesystem::absolute(Examples()).c_str(), 1);
     setenv("LC_ALL", "C.UTF-8", 1);
     for (const char* letter : {"letter.eml", "headers", "--json"})
