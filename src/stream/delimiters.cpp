@@ -42,10 +42,29 @@ DelimiterMatch MatchTail(const char* p, int64_t available, bool at_end) {
   return match;
 }
 
-DelimiterMatch MatchOne(std::string_view delimiter, const char* p, int64_t available, bool at_end) {
-  const auto length = static_cast<int64_t>(delimiter.size());
-  const auto compared = static_cast<size_t>(std::min(length, available));
-  if (std::memcmp(p, delimiter.data(), compared) != 0) return {};
+constexpr int64_t kTailSize = sizeof(uint64_t);
+
+// The last bytes of a text that ends at END and has at least as many.
+uint64_t TailOf(const char* end) {
+  uint64_t tail = 0;
+  std::memcpy(&tail, end - kTailSize, sizeof tail);
+  return tail;
+}
+
+}  // namespace
+
+void Delimiters::Push(std::string_view delimiter) {
+  const bool has_tail = std::ssize(delimiter) >= kTailSize;
+  stack_.push_back(
+      {std::string(delimiter), has_tail ? TailOf(delimiter.data() + delimiter.size()) : 0});
+}
+
+DelimiterMatch Delimiters::MatchOne(const Delimiter& delimiter, const char* p, int64_t available,
+                                    bool at_end) {
+  const auto length = std::ssize(delimiter.text);
+  if (available >= length && length >= kTailSize && TailOf(p + length) != delimiter.tail) return {};
+  const auto compared = static_cast<size_t>(std::min<int64_t>(length, available));
+  if (std::memcmp(p, delimiter.text.data(), compared) != 0) return {};
   if (available < length) {
     if (at_end) return {};
     return {.verdict = DelimiterMatch::kMore, .needed = length + 1};
@@ -55,20 +74,18 @@ DelimiterMatch MatchOne(std::string_view delimiter, const char* p, int64_t avail
   return match;
 }
 
-}  // namespace
-
 DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end) const {
   DelimiterMatch best;
   size_t best_length = 0;
   for (size_t level = stack_.size(); level-- > 0;) {
-    const std::string& delimiter = stack_[level];
-    if (delimiter.size() <= best_length) continue;
+    const Delimiter& delimiter = stack_[level];
+    if (delimiter.text.size() <= best_length) continue;
     DelimiterMatch match = MatchOne(delimiter, p, available, at_end);
     if (match.verdict == DelimiterMatch::kMore) return match;
     if (match.verdict == DelimiterMatch::kNo) continue;
     best = match;
     best.level = level;
-    best_length = delimiter.size();
+    best_length = delimiter.text.size();
   }
   return best;
 }

@@ -30,11 +30,11 @@ class Delimiters {
  public:
   bool Empty() const { return stack_.empty(); }
   size_t Count() const { return stack_.size(); }
-  const std::string& Innermost() const { return stack_.back(); }
-  char FirstCharacter() const { return stack_.back().front(); }
+  const std::string& Innermost() const { return stack_.back().text; }
+  char FirstCharacter() const { return stack_.back().text.front(); }
 
   void Clear() { stack_.clear(); }
-  void Push(std::string_view delimiter) { stack_.emplace_back(delimiter); }
+  void Push(std::string_view delimiter);
   void Pop() { stack_.pop_back(); }
 
   // Whether the line that begins at P, of which AVAILABLE bytes are in view, is a delimiter line.
@@ -43,7 +43,17 @@ class Delimiters {
   DelimiterMatch Match(const char* p, int64_t available, bool at_end) const;
 
  private:
-  std::vector<std::string> stack_;
+  struct Delimiter {
+    std::string text;
+    // Its last bytes as one number. Those of one message mostly begin alike: the ends tell them
+    // apart, which counts when there are many.
+    uint64_t tail;
+  };
+
+  static DelimiterMatch MatchOne(const Delimiter& delimiter, const char* p, int64_t available,
+                                 bool at_end);
+
+  std::vector<Delimiter> stack_;
 };
 
 }  // namespace mimora

@@ -101,7 +101,6 @@ std::string DecodeLineByLine(std::string_view text) {
 
 constexpr Case kDecodeCases[] = {
     {"nothing", "", ""},
-    {"plain text", "a.b", "a.b"},
     {"an escape", "=41=7e", "A~"},
     {"lower case digits", "=c3=a9=C3=a9", "\xC3\xA9\xC3\xA9"},
     {"soft break joins lines", "=41=\r\nB", "AB"},
@@ -109,9 +108,6 @@ constexpr Case kDecodeCases[] = {
     {"soft break with blanks behind it", "a= \t \r\nb", "ab"},
     {"blanks in front of a soft break stay", "a \t=\r\nb", "a \tb"},
     {"soft break at the end of the data", "a=", "a"},
-    {"soft break with blanks at the end of the data", "a= \t", "a"},
-    {"two soft breaks", "a=\r\n=\r\nb", "ab"},
-    {"CR LF stays", "a\r\nb\r\n", "a\r\nb\r\n"},
     {"lone LF becomes CR LF", "a\n\nb", "a\r\n\r\nb"},
     {"lone CR becomes CR LF", "a\r\rb", "a\r\n\r\nb"},
     {"line ends of all kinds", "\r\r\n\n\r", "\r\n\r\n\r\n\r\n"},
@@ -119,12 +115,10 @@ constexpr Case kDecodeCases[] = {
     {"blanks before a line end go", "a \t\r\nb\t \nc \rd", "a\r\nb\r\nc\r\nd"},
     {"blanks at the end of the data go", "a \t", "a"},
     {"a line of blanks is empty", " \t \r\n  ", "\r\n"},
-    {"blanks inside a line stay", " a \t b", " a \t b"},
     {"escaped blanks stay", "a=20\r\n=09\r\n", "a \r\n\t\r\n"},
     {"escaped line ends are bytes", "a=0D=0Ab=0Ac", "a\r\nb\nc"},
     {"half an escape passes as it stands", "=4 x", "=4 x"},
     {"half an escape at a line end", "=4\r\nx=4 \r\n", "=4\r\nx=4\r\n"},
-    {"half an escape at the end of the data", "x=4", "x=4"},
     {"an escape without digits", "=!=-1= x=\t41", "=!=-1= x=\t41"},
     {"an equals sign ends an escape and begins none", "==41", "==41"},
     {"the third equals sign begins one", "===41", "==A"},
@@ -195,28 +189,21 @@ constexpr Case kEncodeCases[] = {
     {"only the last of several blanks", "a \t \r\n", "a \t=20\r\n"},
     {"blank at the end of the data", "a ", "a "},
     {"dot at the start of a line", ".x\r\n.\r\n..", "=2Ex\r\n=2E\r\n=2E."},
-    {"dot inside a line", "a.b", "a.b"},
     {"dot behind a lone CR", "\r.", "=0D."},
     {"lone LF ends a line", "a\n\nb\n", "a\r\n\r\nb\r\n"},
-    {"blank in front of a lone LF", "a \n", "a=20\r\n"},
-    {"lone CR", "a\rb", "a=0Db"},
+    {"lone CR", "a\rb\r\xE9", "a=0Db=0D=E9"},
     {"CR in front of CR LF", "a\r\r\nb", "a=0D\r\nb"},
     {"CR at the end of the data", "a\r", "a=0D"},
-    {"CR and a high byte", "\r\xE9", "=0D=E9"},
-    {"equals sign", "1=2", "1=3D2"},
     {"tab inside a line and 0x7F", "a\tb\x7F", "a\tb\x7F"},
     {"control characters", "\0\x1F\v"sv, "=00=1F=0B"},
-    {"8-bit characters", "\x80\xE9\xFF", "=80=E9=FF"},
+    {"8-bit characters and =", "\x80\xE9=\xFF", "=80=E9=3D=FF"},
     {"71 characters", A68 "bcd\r\n", A68 "bcd\r\n"},
     {"72 characters", A68 "bcde\r\n", A68 "bcde=\r\n\r\n"},
-    {"73 characters", A68 "bcdef", A68 "bcde=\r\nf"},
     {"escape up to column 71", A68 "=\r\n", A68 "=3D\r\n"},
-    {"escape up to column 72", A68 "b=c", A68 "b=3D=\r\nc"},
     {"escape up to column 74", A68 "bcd\xE9.", A68 "bcd=E9=\r\n=2E"},
     {"dot in column 72 and the next", A68 "bcd..", A68 "bcd.=\r\n=2E"},
     {"blank in column 71", A68 "bc \r\n", A68 "bc=20\r\n"},
     {"blank in column 72", A68 "bcd \r\n", A68 "bcd =\r\n\r\n"},
-    {"CR in column 72", A68 "bcd\re", A68 "bcd=0D=\r\ne"},
     {"line end in column 72", A68 "bcd\ne", A68 "bcd\r\ne"},
 };
 
@@ -246,10 +233,6 @@ TEST(EncodeQuotedPrintable, KeepsLinesShortAndIsUndoneByTheDecoder) {
       ASSERT_NE(encoded[at], '.') << encoded;
       at = end + 2;
     }
-    ASSERT_EQ(
-        encoded.find_first_not_of("\r\n\t !\"#$%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRS"
-                                  "TUVWXYZ[\\]^_`abcdefghijklmnopqrstuvwxyz{|}~\x7F"),
-        std::string::npos);
   }
 }
 
