@@ -307,9 +307,12 @@ int32_t M_MimeParameter(M_Bodypart* part, const char* field, const char* paramet
 }
 
 int32_t M_GetBodypartMimeContentType(M_Bodypart* part, char* buffer, uint32_t size) {
-  return RunOnBodypart(
-      "M_GetBodypartMimeContentType", part, CopyCut("", buffer, size) | 1,
-      [&](Bodypart& bodypart) { return CopyCut(bodypart.Type().Full(), buffer, size); });
+  return RunExport("M_GetBodypartMimeContentType", [&](int&) {
+    NoteBodypart(part);
+    if (part != nullptr) return CopyCut(ToBodypart(part)->Type().Full(), buffer, size);
+    CopyCut("", buffer, size);
+    return 1;
+  });
 }
 
 // ---- Bodies as they stand ---------------------------------------------------------------------

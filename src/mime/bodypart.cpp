@@ -72,10 +72,7 @@ ContentType Bodypart::Type() const {
   if (auto type = ParseContentType(Field("Content-Type"))) return *type;
   // The rest of a multipart that has too many parts: it has no header of its own.
   if (Opaque) return {"APPLICATION", "OCTET-STREAM"};
-  const bool declared = Header.Find("Content-Type").has_value();
-  if (!declared && Parent != nullptr && Parent->Type().Is("MULTIPART", "DIGEST")) {
-    return {"MESSAGE", "RFC822"};
-  }
+  if (InDigest && !Header.Find("Content-Type")) return {"MESSAGE", "RFC822"};
   return {"TEXT", "PLAIN"};
 }
 

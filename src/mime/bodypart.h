@@ -75,6 +75,9 @@ class Bodypart {
   DataDefinition DataDefinitionType = kNoBody;
   // A multipart, or the rest of one, whose structure was not looked into.
   bool Opaque = false;
+  // Its place: in a multipart/digest, where a part that declares no type is a message. Noted here,
+  // because asking the parent's header for each of its children would be quadratic.
+  bool InDigest = false;
   Bodypart* Parent = nullptr;
   int64_t PartStart = 0;
   int64_t HeaderSize = 0;

@@ -21,7 +21,7 @@ class Dump {
     while (!open_.empty()) {
       const Bodypart& part = *open_.back().part;
       const size_t next = open_.back().next++;
-      const std::string major = part.Type().major;
+      const std::string& major = open_.back().major;
       if (major == "MULTIPART" && next < part.Children.size()) {
         Line(part, "child bodypart " + std::to_string(next) + ":");
         Open(*part.Children[next]);
@@ -38,11 +38,12 @@ class Dump {
  private:
   struct Level {
     const Bodypart* part;
-    size_t next;  // which subpart comes next
+    std::string major;  // of its content type
+    size_t next;        // which subpart comes next
   };
 
   void Open(const Bodypart& part) {
-    open_.push_back({&part, 0});
+    open_.push_back({&part, part.Type().major, 0});
     WriteStart(part);
   }
 
@@ -72,7 +73,7 @@ class Dump {
     Line(part, "body:");
     Line(part, "  offset = " + Number(part.BodyStart));
     Line(part, "  size = " + Number(part.BodyLength));
-    if (part.Type().major == "MULTIPART") {
+    if (open_.back().major == "MULTIPART") {
       Line(part, "child parts count = " + std::to_string(part.Children.size()));
     }
   }

@@ -59,8 +59,8 @@ class Parser {
  private:
   Result ParseHeader(Bodypart& part);
   Result ParseBody(Bodypart& part, int level);
-  Result ParseMultipart(Bodypart& part, int level);
-  Result ParseChildren(Bodypart& part, int level);
+  Result ParseMultipart(Bodypart& part, const ContentType& type, int level);
+  Result ParseChildren(Bodypart& part, bool digest, int level);
   Result ParseMessage(Bodypart& part, int level);
   Result ParseLeaf(Bodypart& part, const ContentType& type);
   Result ParseText(Bodypart& part);
@@ -110,7 +110,7 @@ Result Parser::ParseBody(Bodypart& part, int level) {
   Result result = kOk;
   const ContentType type = part.Type();
   if (type.major == "MULTIPART") {
-    result = ParseMultipart(part, level);
+    result = ParseMultipart(part, type, level);
   } else if (type.major == "MESSAGE") {
     result = ParseMessage(part, level);
   } else {
@@ -130,7 +130,7 @@ void Parser::EndBody(Bodypart& part) {
   part.BodyStream = &in_;
 }
 
-Result Parser::ParseMultipart(Bodypart& part, int level) {
+Result Parser::ParseMultipart(Bodypart& part, const ContentType& type, int level) {
   const std::string boundary = Boundary(part);
   if (boundary.empty() || !MayHaveSubparts(level)) {
     part.Opaque = true;
@@ -145,17 +145,18 @@ Result Parser::ParseMultipart(Bodypart& part, int level) {
       part.Preamble = {};
       in_.Skip();
     }
-    result = ParseChildren(part, level);
+    result = ParseChildren(part, type.sub == "DIGEST", level);
   }
   // The epilogue belongs to no part.
   if (IsTolerated(result) && in_.BoundaryCount() > 0) in_.Skip();
   return IsTolerated(result) ? ReadResult() : result;
 }
 
-Result Parser::ParseChildren(Bodypart& part, int level) {
+Result Parser::ParseChildren(Bodypart& part, bool digest, int level) {
   while (in_.InnermostHit() && !in_.ClosingHit()) {
     in_.ClearBoundaryHit();
     Bodypart& child = *part.AppendChild(std::make_unique<Bodypart>(&part));
+    child.InDigest = digest;
     if (TooManyParts()) {
       ParseRest(child);
       break;

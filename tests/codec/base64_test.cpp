@@ -33,6 +33,8 @@ Minstream Reading(std::string_view text) {
 
 int32_t Decode(Minstream& in, Moutstream& out) { return TransferEncodingDecode(in, out, "base64"); }
 
+int32_t Copy(Minstream& in, Moutstream& out) { return TransferEncodingDecode(in, out, "8bit"); }
+
 int32_t EncodeInLinesOf8(Minstream& in, Moutstream& out) { return EncodeBase64(in, out, 8); }
 
 std::string Encode(std::string_view bytes, int32_t line_length) {
@@ -195,7 +197,7 @@ TEST(EncodeBase64, IsUndoneByTheDecoderForEveryLength) {
 constexpr std::string_view kText = "TWFu\r\nTWFuTQ==\r\nTWFu";
 
 TEST(Base64Coders, ReadErrorAtAnyByteIsReportedAndKept) {
-  for (const auto coder : {Decode, EncodeInLinesOf8}) {
+  for (const auto coder : {Decode, Copy, EncodeInLinesOf8}) {
     for (int64_t at = 0; at <= std::ssize(kText); ++at) {
       SCOPED_TRACE(::testing::Message() << "fails after " << at << " bytes");
       DripSource source(kText, 4, at);
@@ -215,7 +217,7 @@ int64_t WriteWhileThereIsRoom(intptr_t context, const void*, int64_t length) {
 }
 
 TEST(Base64Coders, WriteErrorAtAnyByteIsReportedAndKept) {
-  for (const auto coder : {Decode, EncodeInLinesOf8}) {
+  for (const auto coder : {Decode, Copy, EncodeInLinesOf8}) {
     Minstream whole = Reading(kText);
     Moutstream counting(CountingSink{});
     EXPECT_EQ(coder(whole, counting), 0);

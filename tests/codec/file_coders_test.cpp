@@ -1,6 +1,7 @@
 // Copyright (c) 2026 the mimora developers.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -63,7 +64,7 @@ TEST(FileCoders, ReplaceWhatTheOutputHeld) {
 
 TEST(FileCoders, GiveBackWhatTheyEncoded) {
   std::string bytes;
-  for (int i = 0; i < 50000; ++i) bytes += static_cast<char>(i * i >> 3);
+  for (uint32_t i = 0; i < 50000; ++i) bytes += static_cast<char>(i * i >> 3);
   const TextFile original(bytes);
   const TextFile text("");
   const TextFile decoded("");
