@@ -8,12 +8,12 @@
 
 static int failures = 0;
 
-#define EXPECT(condition)                                            \
-  do {                                                               \
-    if (!(condition)) {                                              \
-      fprintf(stderr, "line %d: %s\n", __LINE__, #condition);        \
-      ++failures;                                                    \
-    }                                                                \
+#define EXPECT(condition)                                     \
+  do {                                                        \
+    if (!(condition)) {                                       \
+      fprintf(stderr, "line %d: %s\n", __LINE__, #condition); \
+      ++failures;                                             \
+    }                                                         \
   } while (0)
 
 static const char kMessage[] =
@@ -35,8 +35,8 @@ struct source {
   int reads;
 };
 
-static int64_t MIMORA_CALL read_message(S_Context context, void *destination, int64_t length) {
-  struct source *source = (struct source *)context;
+static int64_t MIMORA_CALL read_message(S_Context context, void* destination, int64_t length) {
+  struct source* source = (struct source*)context;
   int64_t left = (int64_t)sizeof kMessage - 1 - source->position;
   if (length > left) length = left;
   if (length > 10) length = 10;
@@ -47,25 +47,25 @@ static int64_t MIMORA_CALL read_message(S_Context context, void *destination, in
 }
 
 static void MIMORA_CALL seek_message(S_Context context, int64_t position) {
-  ((struct source *)context)->position = position;
+  ((struct source*)context)->position = position;
 }
 
 static int64_t MIMORA_CALL tell_message(S_Context context) {
-  return ((struct source *)context)->position;
+  return ((struct source*)context)->position;
 }
 
-static int64_t MIMORA_CALL append(S_Context context, const void *data, int64_t length) {
-  char *text = (char *)context;
-  strncat(text, (const char *)data, (size_t)length);
+static int64_t MIMORA_CALL append(S_Context context, const void* data, int64_t length) {
+  char* text = (char*)context;
+  strncat(text, (const char*)data, (size_t)length);
   return length;
 }
 
 static void load_from_callbacks(void) {
   struct source source = {0, 0};
-  S_InStream *in = S_CreateInStream(NULL, 0, (S_Context)&source, read_message, seek_message,
-                                    tell_message, 64);
-  M_Bodypart *message = M_CreateMessage();
-  M_Bodypart *image;
+  S_InStream* in =
+      S_CreateInStream(NULL, 0, (S_Context)&source, read_message, seek_message, tell_message, 64);
+  M_Bodypart* message = M_CreateMessage();
+  M_Bodypart* image;
   char name[32];
   uint32_t size = sizeof name;
   int64_t decoded = 0, raw = 0;
@@ -86,8 +86,8 @@ static void load_from_callbacks(void) {
 
 static void copy_to_callback(void) {
   char text[64] = "";
-  S_InStream *in = S_CreateInStream("abc\ndef", 7, 0, NULL, NULL, NULL, 0);
-  S_OutStream *out = S_CreateOutStream(NULL, (S_Context)text, append, NULL, NULL, 2);
+  S_InStream* in = S_CreateInStream("abc\ndef", 7, 0, NULL, NULL, NULL, 0);
+  S_OutStream* out = S_CreateOutStream(NULL, (S_Context)text, append, NULL, NULL, 2);
   P_EncodeQuotedPrintable(in, out);
   EXPECT(S_FlushBuffers(out) == 0);
   EXPECT(S_WritePos(out) == 8);

@@ -2,9 +2,9 @@
 #include <mimora/mimora.h>
 #include <stdio.h>
 
-int main(int argc, char **argv) {
-  S_InStream *in;
-  M_Bodypart *message;
+int main(int argc, char** argv) {
+  S_InStream* in;
+  M_Bodypart* message;
   int32_t result;
   if (argc != 2) return 2;
   in = S_CreateInStream(argv[1], -1, 0, NULL, NULL, NULL, 0);
