@@ -23,10 +23,7 @@ constexpr ResultText kResults[] = {
     {MIMORA_E_NO_BOUNDARY, true, "a multipart without boundary is kept as one body"},
     {MIMORA_E_HEADER, false, "the header cannot be read"},
     {MIMORA_E_READ, false, "the data cannot be read to its end"},
-    {MIMORA_E_MEMORY, false, "out of memory"},
     {MIMORA_E_TEMP_WRITE, false, "a temporary file cannot be written"},
-    {MIMORA_E_TEMP_CREATE, false, "a temporary file cannot be created"},
-    {MIMORA_E_TEMP_OPEN, false, "a temporary file cannot be opened again"},
 };
 constexpr ResultText kUnknownResult = {MIMORA_E_UNCLASSIFIED, false, "the message cannot be read"};
 

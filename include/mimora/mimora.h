@@ -87,7 +87,8 @@ typedef struct S_OutStream S_OutStream; /* a sink of bytes */
 typedef intptr_t S_Context;
 
 /* Reads at most LENGTH bytes into DESTINATION. Returns the number of bytes
- * read, 0 at the end of the data, -1 after an error (errno tells which). */
+ * read, 0 at the end of the data, -1 after an error (errno tells which). An
+ * answer beyond LENGTH is an error, too. */
 typedef int64_t(MIMORA_CALL *S_ReadProc)(S_Context, void *destination,
                                          int64_t length);
 
@@ -103,11 +104,13 @@ typedef int64_t(MIMORA_CALL *S_WriteProc)(S_Context, const void *data,
 /* Moves to the absolute POSITION; the next read begins there. */
 typedef void(MIMORA_CALL *S_SeekProc)(S_Context, int64_t position);
 
-/* Returns the absolute position of the next byte to be read. */
+/* Returns the absolute position of the next byte to be read. It is asked once,
+ * before the first read or seek: from then on the stream counts. */
 typedef int64_t(MIMORA_CALL *S_TellProc)(S_Context);
 
 /* Takes one line of the trace, without time stamp and line end. The text lives
- * only during the call. It may be called from any thread. */
+ * only during the call. It may be called from any thread. What it throws is
+ * lost. */
 typedef void(MIMORA_CALL *P_TraceProc)(const char *line);
 
 /* ------------------------------------------------------------------------
@@ -119,10 +122,7 @@ typedef void(MIMORA_CALL *P_TraceProc)(const char *line);
 #define MIMORA_E_WRITE 0x20000002        /* the output stream failed */
 #define MIMORA_E_OPEN_INPUT 0x20000003   /* input file not opened */
 #define MIMORA_E_OPEN_OUTPUT 0x20000004  /* output file not created */
-#define MIMORA_E_MEMORY 0x20000005       /* out of memory */
 #define MIMORA_E_TEMP_WRITE 0x20000007   /* temporary file not written */
-#define MIMORA_E_TEMP_CREATE 0x20000008  /* temporary file not created */
-#define MIMORA_E_TEMP_OPEN 0x20000009    /* temporary file not reopened */
 #define MIMORA_E_NOT_OPEN 0x20000259     /* stream missing or not open */
 #define MIMORA_E_HEADER 0x2000025A       /* header unreadable */
 #define MIMORA_E_HEADER_CUT 0x2000025B   /* data ended inside the header; kept */
@@ -239,7 +239,8 @@ MIMORA_API int32_t M_LoadBodypartFromBuffer(M_Bodypart *part, const void *data,
 
 /*
  * The same over a private copy of the text, so that the caller may free the text
- * at once. Writes the text to the log when there is one.
+ * at once. Writes the text to the log when the trace is on, or nothing was traced
+ * before and the log file exists (which then switches the trace on).
  *
  * part    receives the tree and owns the copy.
  * text    the bytes.
@@ -285,7 +286,7 @@ MIMORA_API void M_TakeoverBodypartBodyStreamDefinition(M_Bodypart *part,
  *
  * part    the part.
  *
- * Returns the number of children; 0 when there are none.
+ * Returns the number of children; 0 when there are none, or PART is NULL.
  * Since:   1.0
  */
 MIMORA_API int32_t M_GetChildBodypartsCount(M_Bodypart *part);
@@ -375,7 +376,7 @@ MIMORA_API int32_t M_GetMessageFlags(M_Bodypart *part, uint32_t *flags);
  */
 MIMORA_API int32_t M_HeaderFieldsCount(M_Bodypart *part);
 
-/* The same function under an older name. Since 1.0 */
+/* The same function under another name. Since 1.0 */
 MIMORA_API int32_t M_BodypartHeaderFieldsCount(M_Bodypart *part);
 
 /*
@@ -545,7 +546,8 @@ MIMORA_API int32_t M_MimeParameter(M_Bodypart *part, const char *field,
  * buffer  receives the text, cut to fit, always with a terminating zero.
  * size    room in BUFFER, in bytes.
  *
- * Returns 0; 1 the text was cut, or BUFFER is NULL or SIZE is 0.
+ * Returns 0; 1 the text was cut, BUFFER is NULL or SIZE is 0, or PART is NULL
+ *         (BUFFER is then the empty text).
  * Since:   1.0
  */
 MIMORA_API int32_t M_GetBodypartMimeContentType(M_Bodypart *part, char *buffer,
@@ -603,7 +605,8 @@ MIMORA_API uint32_t M_GetBodypartTextRawSize(M_Bodypart *part);
  * in4     the stream to read; NULL: the one that the part was loaded from.
  *         Its boundary and its read limit are removed.
  * buffer  receives the bytes; no zero is added.
- * offset  where to begin, counted from the first byte of the body.
+ * offset  where to begin, counted from the first byte of the body. In front of
+ *         the source's first byte, and behind its last, there is nothing to read.
  * size    in: bytes wanted; out: bytes read.
  *
  * Returns 0, or the stream's error (S_GetIOError); MIMORA_E_NOT_OPEN when there
@@ -616,7 +619,7 @@ MIMORA_API int32_t M_GetBodyText(M_Bodypart *part, S_InStream *in4, void *buffer
 /*
  * Reads bytes of the source, beginning in the part's header. For the root of a
  * message reading goes on to the end of the stream; for any other part it stops
- * at the end of the part's body (in a file or callback stream).
+ * at the end of the part's body.
  *
  * offset  where to begin, counted from the first byte of the header; the other
  *         arguments and the results are those of M_GetBodyText.
@@ -713,7 +716,8 @@ MIMORA_API void S_UnlockInStream(S_InStream *in);
  *
  * fileName    not NULL: a file of this name, created or emptied.
  * context     not 0: first argument of the callbacks.
- * write       takes the bytes of a callback stream.
+ * write       takes the bytes of a callback stream; with a context but without
+ *             this function the stream takes nothing and has the error EINVAL.
  * seek, tell  of the callback stream; not needed.
  * bufferSize  bytes to hand on at once; below 1: 16,384. With neither a name
  *             nor a context: not 0 makes a temporary file, 0 a memory stream.
@@ -729,7 +733,8 @@ MIMORA_API S_OutStream *S_CreateOutStream(const char *fileName, S_Context contex
                                           S_TellProc tell, int32_t bufferSize);
 
 /*
- * Flushes and destroys an output stream and closes its file.
+ * Flushes and destroys an output stream and closes its file. Nobody can be told
+ * any more that the flush failed: who has to know calls S_FlushBuffers first.
  *
  * out     the stream; NULL is ignored.
  *
@@ -764,15 +769,16 @@ MIMORA_API int32_t S_GetOutStreamBuffer(S_OutStream *out, const void **buffer,
  * destination  receives the name.
  * size         room in DESTINATION, in bytes.
  *
- * Returns 0 copied; 1 the name and its zero do not fit, DESTINATION is then the
- *         empty text (when SIZE is not 0).
+ * Returns 0 copied; 1 the name and its zero do not fit, or OUT is NULL:
+ *         DESTINATION is then the empty text (when SIZE is not 0).
  * Since:   1.0
  */
 MIMORA_API int32_t S_GetOutStreamFileName(S_OutStream *out, char *destination,
                                           uint32_t size);
 
 /*
- * Tells the first error of an output stream, the last one of an input stream.
+ * Tells the first error of an output stream, the last one of an input stream. A
+ * stream that has failed stays so: to try again, make a new one.
  *
  * stream  a stream of either kind.
  *
@@ -894,9 +900,9 @@ MIMORA_API void P_SetQQ_callback(P_TraceProc callback);
 /*
  * Writes a line into the trace.
  *
- * text    the line, at most 2,047 bytes. It is a format text without arguments:
- *         "%%" writes one percent sign, any other "%" stands for itself. NULL is
- *         ignored.
+ * text    the line, cut at 2,047 bytes, in the file those of its time stamp
+ *         included. It is a format text without arguments: "%%" writes one
+ *         percent sign, any other "%" stands for itself. NULL is ignored.
  *
  * Threads: any.
  * Since:   1.0

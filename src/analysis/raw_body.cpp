@@ -1,19 +1,25 @@
 // Copyright (c) 2026 the mimora developers.
 #include "analysis/raw_body.h"
 
+#include <algorithm>
+
 #include "diag/result.h"
 
 namespace mimora {
 namespace {
 
-int32_t ReadAt(Minstream& in, int64_t position, int64_t limit, void* buffer, uint32_t* size) {
-  in.SetBoundary({});
-  in.SetReadLimit(kNoReadLimit);
-  in.Seek(position);
-  in.SetReadLimit(limit);
-  *size = static_cast<uint32_t>(in.ReadBlock(static_cast<char*>(buffer), *size));
-  in.SetReadLimit(kNoReadLimit);
-  return in.GetError();
+int32_t ReadAt(const Bodypart* part, Minstream* in, int64_t start, int64_t end, void* buffer,
+               uint32_t* size) {
+  if (in == nullptr) in = part->BodyStream;
+  if (in == nullptr) return kNotOpen;
+  in->SetBoundary({});
+  in->SetReadLimit(kNoReadLimit);
+  in->Seek(start);
+  // Where the source cannot go there is nothing to read.
+  const bool arrived = in->Position() == start;
+  const int64_t count = arrived ? std::clamp<int64_t>(end - start, 0, *size) : 0;
+  *size = static_cast<uint32_t>(in->ReadBlock(static_cast<char*>(buffer), count));
+  return in->GetError();
 }
 
 }  // namespace
@@ -21,18 +27,14 @@ int32_t ReadAt(Minstream& in, int64_t position, int64_t limit, void* buffer, uin
 int32_t ReadBodyText(const Bodypart* part, Minstream* in, void* buffer, int32_t offset,
                      uint32_t* size) {
   if (part == nullptr || buffer == nullptr || size == nullptr) return kNotOpen;
-  if (in == nullptr) in = part->BodyStream;
-  if (in == nullptr) return kNotOpen;
-  return ReadAt(*in, part->BodyStart + offset, kNoReadLimit, buffer, size);
+  return ReadAt(part, in, part->BodyStart + offset, kWholeStream, buffer, size);
 }
 
 int32_t ReadBodypartText(const Bodypart* part, Minstream* in, void* buffer, int32_t offset,
                          uint32_t* size) {
   if (part == nullptr || buffer == nullptr || size == nullptr) return kNotOpen;
-  if (in == nullptr) in = part->BodyStream;
-  if (in == nullptr) return kNotOpen;
-  const int64_t limit = part->Parent != nullptr ? part->BodyStart + part->BodyLength : kNoReadLimit;
-  return ReadAt(*in, part->PartStart + offset, limit, buffer, size);
+  const int64_t end = part->Parent != nullptr ? part->BodyStart + part->BodyLength : kWholeStream;
+  return ReadAt(part, in, part->PartStart + offset, end, buffer, size);
 }
 
 }  // namespace mimora

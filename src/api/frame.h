@@ -111,8 +111,6 @@ inline int32_t CopyCut(std::string_view text, char* buffer, uint32_t size) {
   return text.size() < size ? 0 : 1;
 }
 
-inline std::string_view TextOrEmpty(const char* text) { return text != nullptr ? text : ""; }
-
 }  // namespace mimora
 
 #endif  // MIMORA_API_FRAME_H_

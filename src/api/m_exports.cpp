@@ -1,19 +1,29 @@
 // Copyright (c) 2026 the mimora developers.
 //
 // The M_ family: messages and their parts.
-#include <cinttypes>
 #include <cstdio>
 #include <new>
 #include <string>
 
 #include "analysis/raw_body.h"
 #include "api/frame.h"
+#include "diag/result.h"
 #include "mime/dump.h"
 #include "mime/parser.h"
 
 using namespace mimora;
 
 namespace {
+
+// The values that callers see are those used inside.
+static_assert(kOk == MIMORA_OK && kReadFailed == MIMORA_E_READ && kWriteFailed == MIMORA_E_WRITE &&
+              kInputNotOpened == MIMORA_E_OPEN_INPUT && kOutputNotOpened == MIMORA_E_OPEN_OUTPUT &&
+              kTempNotWritten == MIMORA_E_TEMP_WRITE && kNotOpen == MIMORA_E_NOT_OPEN &&
+              kHeaderFailed == MIMORA_E_HEADER && kHeaderCut == MIMORA_E_HEADER_CUT &&
+              kHeaderOdd == MIMORA_E_HEADER_ODD && kNoBoundary == MIMORA_E_NO_BOUNDARY &&
+              kUnclassified == MIMORA_E_UNCLASSIFIED);
+static_assert(kReceiptRequested == MIMORA_FLAG_RECEIPT_REQUESTED && kSigned == MIMORA_FLAG_SIGNED &&
+              kPkcs7 == MIMORA_FLAG_PKCS7);
 
 // Finds an optional text of a part and copies it out.
 template <typename Find>
@@ -29,6 +39,11 @@ std::optional<std::string> MainValue(const Bodypart& part, const char* field) {
   std::string main = part.Field(field).Main();
   if (main.empty()) return std::nullopt;
   return main;
+}
+
+// The value of the n-th field of a name. There is none without a name.
+std::optional<std::string_view> FindValue(const Bodypart& part, const char* name, int n = 1) {
+  return name != nullptr ? part.Header.Find(name, n) : std::nullopt;
 }
 
 const char* DataOrNull(std::optional<std::string_view> text) {
@@ -90,15 +105,17 @@ int32_t M_LoadBodypartFromBuffer(M_Bodypart* part, const void* data, int32_t len
 }
 
 int32_t M_LoadBodypartFromString(M_Bodypart* part, const char* text, int32_t length) {
+  const int64_t size =
+      length == -1 && text != nullptr ? static_cast<int64_t>(std::strlen(text)) : length;
   const auto work = [&](int& ex_pos) -> int32_t {
     NoteBodypart(part);
     if (part == nullptr || text == nullptr || length < -1) return kNotOpen;
-    const size_t size = length == -1 ? std::strlen(text) : static_cast<size_t>(length);
     ex_pos = 1;
-    LogTraceWithData(text, static_cast<int64_t>(size), "LoadBodypartFromString");
-    ex_pos = 2;
-    return LoadFromCopy(*ToBodypart(part), {text, size});
+    return LoadFromCopy(*ToBodypart(part), {text, static_cast<size_t>(size)});
   };
+  // In front of the entry line, which would decide that a process without the switch file traces
+  // nothing, dumps included.
+  LogTraceWithData(text, size, "LoadBodypartFromString");
   return RunExport("M_LoadBodypartFromString", work, [&](int ex_pos) {
     LogError("<E> LoadBodypartFromString 0x%x exception_pos=%d, temp_int=%d, offset=%d",
              static_cast<unsigned>(ExceptionCode()), ex_pos, length, 0);
@@ -120,7 +137,7 @@ void M_TakeoverBodypartBodyStreamDefinition(M_Bodypart* part, S_InStream* in) {
   RunExport(kName, [&](int&) {
     NoteBodypart(part);
     NoteInstream(in);
-    if (part != nullptr) ToBodypart(part)->AttachTo(ToInstream(in));
+    if (part != nullptr && in != nullptr) ToBodypart(part)->AttachTo(ToInstream(in));
     NoteBodypart(part, kName);
   });
 }
@@ -214,15 +231,14 @@ int32_t M_BodypartHeaderFieldByIndex(M_Bodypart* part, int32_t index, char* buff
                                      uint32_t* size) {
   constexpr const char* kName = "M_BodypartHeaderFieldByIndex";
   const auto copy = [&]() -> int32_t {
-    if (part == nullptr || static_cast<uint32_t>(index) >= ToBodypart(part)->Header.Count()) {
-      return -1;
-    }
-    const HeaderField field = ToBodypart(part)->Header.At(static_cast<uint32_t>(index));
+    const auto at = static_cast<uint32_t>(index);
+    if (part == nullptr || at >= ToBodypart(part)->Header.Count()) return -1;
     if (size == nullptr) return 1;
+    const HeaderField field = ToBodypart(part)->Header.At(at);
     // Its terminating zero is not counted, neither in what the buffer needs nor in what is stored.
-    const auto length = static_cast<uint32_t>(field.name.size() + 2 + field.value.size());
+    const size_t length = field.name.size() + 2 + field.value.size();
     const bool fits = buffer != nullptr && *size >= length;
-    *size = length;
+    *size = static_cast<uint32_t>(length);
     if (!fits) return 1;
     char* next = std::copy(field.name.begin(), field.name.end(), buffer);
     *next++ = ':';
@@ -239,10 +255,9 @@ int32_t M_BodypartHeaderFieldByIndex(M_Bodypart* part, int32_t index, char* buff
 }
 
 const char* M_BodypartHeaderFieldValue(M_Bodypart* part, const char* name) {
-  const auto find = [name](Bodypart& bodypart) {
-    return DataOrNull(bodypart.Header.Find(TextOrEmpty(name)));
-  };
-  return RunOnBodypart("M_BodypartHeaderFieldValue", part, static_cast<const char*>(nullptr), find);
+  return RunOnBodypart(
+      "M_BodypartHeaderFieldValue", part, static_cast<const char*>(nullptr),
+      [name](Bodypart& bodypart) { return DataOrNull(FindValue(bodypart, name)); });
 }
 
 int32_t M_BodypartHeaderFieldValueProc(M_Bodypart* part, const char* name, char* buffer,
@@ -250,26 +265,22 @@ int32_t M_BodypartHeaderFieldValueProc(M_Bodypart* part, const char* name, char*
   // The one export whose entry line has an argument.
   LogTrace("M_BodypartHeaderFieldValueProc in, keyname = '%s'", name != nullptr ? name : "null");
   NoteBodypart(part);
-  const auto value = part != nullptr ? ToBodypart(part)->Header.Find(TextOrEmpty(name))
-                                     : std::optional<std::string_view>();
+  const auto value = part != nullptr ? FindValue(*ToBodypart(part), name) : std::nullopt;
   const int32_t result = CopyOut(value, buffer, size);
   LogTrace("M_BodypartHeaderFieldValueProc out");
   return result;
 }
 
 const char* M_BodypartHeaderFieldNthValue(M_Bodypart* part, const char* name, int32_t n) {
-  const auto find = [name, n](Bodypart& bodypart) {
-    return DataOrNull(bodypart.Header.Find(TextOrEmpty(name), n));
-  };
-  return RunOnBodypart("M_BodypartHeaderFieldNthValue", part, static_cast<const char*>(nullptr),
-                       find);
+  return RunOnBodypart(
+      "M_BodypartHeaderFieldNthValue", part, static_cast<const char*>(nullptr),
+      [name, n](Bodypart& bodypart) { return DataOrNull(FindValue(bodypart, name, n)); });
 }
 
 int32_t M_BodypartHeaderFieldNthValueProc(M_Bodypart* part, const char* name, int32_t n,
                                           char* buffer, uint32_t* size) {
-  return CopyText(
-      "M_BodypartHeaderFieldNthValueProc", part, buffer, size,
-      [&](const Bodypart& bodypart) { return bodypart.Header.Find(TextOrEmpty(name), n); });
+  return CopyText("M_BodypartHeaderFieldNthValueProc", part, buffer, size,
+                  [&](const Bodypart& bodypart) { return FindValue(bodypart, name, n); });
 }
 
 int32_t M_DeleteBodypartHeaderField(M_Bodypart* part, int32_t index) {
@@ -302,7 +313,8 @@ int32_t M_GetCharset(M_Bodypart* part, char* buffer, uint32_t* size) {
 int32_t M_MimeParameter(M_Bodypart* part, const char* field, const char* parameter, char* buffer,
                         uint32_t* size) {
   return CopyText("M_MimeParameter", part, buffer, size, [&](const Bodypart& bodypart) {
-    return bodypart.Field(TextOrEmpty(field)).Parameter(TextOrEmpty(parameter));
+    const bool named = field != nullptr && parameter != nullptr;
+    return named ? bodypart.Field(field).Parameter(parameter) : std::nullopt;
   });
 }
 

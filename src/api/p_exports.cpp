@@ -52,7 +52,7 @@ void P_SetGlobalParams(const char* list) { TheGlobalParams().Set(list); }
 void P_SetQQ_callback(P_TraceProc callback) { SetTraceCallback(callback); }
 
 void P_QQ(const char* text) {
-  if (text != nullptr && TraceHeard()) LogTrace("%s", UnescapePercent(text).c_str());
+  if (text != nullptr) LogUserText(text);
 }
 
 int32_t P_MIMORATest(int32_t /*ignored*/) { return 0; }

@@ -3,6 +3,7 @@
 // The S_ family: streams.
 #include <cerrno>
 #include <cinttypes>
+#include <memory>
 #include <new>
 
 #include "api/frame.h"
@@ -108,7 +109,9 @@ S_OutStream* S_CreateOutStream(const char* fileName, S_Context context, S_WriteP
 void S_DestroyOutStream(S_OutStream* out) {
   RunExport("S_DestroyOutStream", [&](int&) {
     NoteOutstream(out);
-    delete ToOutstream(out);
+    const std::unique_ptr<Moutstream> stream(ToOutstream(out));
+    // Not left to the destructor: it could not pass on what the write function throws.
+    if (stream != nullptr) stream->FlushAtEnd();
   });
 }
 

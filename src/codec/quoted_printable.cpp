@@ -172,12 +172,12 @@ const char* QuotedPrintableDecoder::FeedEscape(const char* p, const char* end) {
     Hold(p, stop);
     return stop;
   }
-  if (!held_.empty() || escape_ == Escape::kLiteral || !IsLetterOrDigit(*p)) {
-    const bool ended_by_equals = held_.empty() && escape_ != Escape::kLiteral && *p == '=';
+  if (!held_.empty() || !IsLetterOrDigit(*p)) {
+    const bool ended_by_equals = held_.empty() && *p == '=';
     GiveUpEscape();
     Release();
     if (!ended_by_equals) return p;
-    escape_ = Escape::kLiteral;
+    out_.WriteChar('=');
   } else if (escape_ == Escape::kBegun) {
     digit_ = *p;
     escape_ = Escape::kDigit;
@@ -190,7 +190,7 @@ const char* QuotedPrintableDecoder::FeedEscape(const char* p, const char* end) {
 
 void QuotedPrintableDecoder::EndLine(std::string_view line_end) {
   held_.clear();
-  const bool soft_break = escape_ == Escape::kBegun || escape_ == Escape::kLiteral;
+  const bool soft_break = escape_ == Escape::kBegun;
   if (escape_ == Escape::kDigit) GiveUpEscape();
   escape_ = Escape::kNone;
   if (!soft_break) out_.WriteText(line_end);

@@ -29,9 +29,8 @@ class QuotedPrintableDecoder {
  private:
   enum class Escape {
     kNone,
-    kBegun,    // behind "="
-    kDigit,    // behind "=" and one digit
-    kLiteral,  // behind an "=" that ended another escape: text, unless the line ends here
+    kBegun,  // behind "="
+    kDigit,  // behind "=" and one digit
   };
 
   const char* FeedText(const char* p, const char* end);

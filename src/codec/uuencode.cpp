@@ -26,35 +26,25 @@ constexpr uint32_t ValueOf(char c) { return static_cast<uint32_t>(c - kLowest) &
 
 constexpr size_t CharactersFor(size_t bytes) { return (bytes + 2) / 3 * 4; }
 
-std::string_view TrimRight(std::string_view line) {
-  while (!line.empty() && IsBlank(line.back())) line.remove_suffix(1);
-  return line;
-}
-
-std::string_view TrimLeft(std::string_view line) {
-  while (!line.empty() && IsBlank(line.front())) line.remove_prefix(1);
-  return line;
-}
-
 // The file name of a line "begin MODE NAME"; nothing when it is none.
 std::optional<std::string_view> ParseBegin(std::string_view line) {
   constexpr size_t kLongestMode = 6;
   if (!line.starts_with(kBegin)) return std::nullopt;
   line.remove_prefix(kBegin.size());
   if (line.empty() || !IsBlank(line.front())) return std::nullopt;
-  line = TrimLeft(line);
+  line = TrimLeft(line, IsBlank);
   const size_t digits = std::min(line.find_first_not_of("01234567"), line.size());
   if (digits < 3 || digits > kLongestMode) return std::nullopt;
   line.remove_prefix(digits);
   if (!line.empty() && !IsBlank(line.front())) return std::nullopt;
-  return TrimRight(TrimLeft(line));
+  return TrimRight(TrimLeft(line, IsBlank), IsBlank);
 }
 
-bool IsEnd(std::string_view line) { return TrimRight(line) == kEnd; }
+bool IsEnd(std::string_view line) { return TrimRight(line, IsBlank) == kEnd; }
 
 bool IsDataLine(std::string_view line) {
   const auto in_alphabet = [](char c) { return c >= kLowest && c <= kHighest; };
-  line = TrimRight(line);
+  line = TrimRight(line, IsBlank);
   if (line.empty()) return true;  // a line of no bytes whose blank was lost
   const size_t needed = CharactersFor(ValueOf(line.front()));
   return line.size() - 1 <= needed + kMostExtraCharacters &&
@@ -65,7 +55,7 @@ bool IsDataLine(std::string_view line) {
 
 // A line of blanks only is one of no bytes, whatever blanks they are.
 size_t DecodedSize(std::string_view line) {
-  return TrimRight(line).empty() ? 0 : ValueOf(line.front());
+  return TrimRight(line, IsBlank).empty() ? 0 : ValueOf(line.front());
 }
 
 void DecodeLine(std::string_view line, Moutstream& out) {
@@ -191,7 +181,7 @@ void UuScanner::EndLine(std::string_view line, bool cut) {
     }
   }
   const auto name = cut ? std::nullopt : ParseBegin(line);
-  in_block_ = name && blocks_.size() < kMostEmbeddedFiles;
+  in_block_ = name && blocks_.size() < most_;
   if (in_block_) open_ = {.name = std::string(*name), .offset = line_start_};
 }
 

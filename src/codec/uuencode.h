@@ -23,7 +23,6 @@ class UuLines {
   // than none and Complete() says so.
   size_t Take(std::string_view text);
   bool Complete() const { return complete_; }
-  bool Begun() const { return !partial_.empty() || cut_; }
   // Whether the line is longer than what is kept.
   bool Cut() const { return cut_; }
   // Lives as long as the text that was taken, at most until the next Take.
@@ -64,14 +63,17 @@ struct UuBlock {
   int64_t decoded_size = 0;  // of the file
 };
 
-// Finds the uuencoded blocks of a text that arrives in pieces, in one pass. What begins like a
-// block and has a line that cannot be one of its data lines, or no "end", is text.
+// Finds the uuencoded blocks of a text that arrives in pieces, in one pass, up to MOST of them.
+// What begins like a block and has a line that cannot be one of its data lines, or no "end", is
+// text.
 class UuScanner {
  public:
+  explicit UuScanner(size_t most) : most_(most) {}
+
   void Feed(std::string_view text);
   void Finish();
 
-  const std::vector<UuBlock>& Blocks() const { return blocks_; }
+  std::vector<UuBlock>& Blocks() { return blocks_; }
   // The bytes outside the blocks.
   int64_t TextSize() const { return position_ - inside_; }
 
@@ -80,6 +82,7 @@ class UuScanner {
   void EndLine(std::string_view line, bool cut);
   void EndBlock();
 
+  const size_t most_;
   std::vector<UuBlock> blocks_;
   UuBlock open_;
   UuLines lines_;

@@ -10,6 +10,9 @@
 
 namespace mimora {
 
+// The buffer of a stream whose maker asks for none.
+constexpr int64_t kDefaultBufferSize = 16384;
+
 // A part more than this many levels below the root is a leaf, whatever its type says: parsing,
 // writing and destroying a tree go down level by level.
 constexpr int kDeepestLevel = 100;
@@ -18,15 +21,12 @@ constexpr int kDeepestLevel = 100;
 // is one last leaf.
 constexpr int kMostParts = 10'000;
 
-// Files listed from one body. Uuencoded blocks beyond them stay text, further TNEF attachments stay
-// inside their stream.
+// Files listed from the bodies of one message. Uuencoded blocks beyond them stay text, further TNEF
+// attachments stay inside their stream.
 constexpr size_t kMostEmbeddedFiles = 10'000;
 
 // The name of a file embedded in a TNEF stream is cut here.
 constexpr int64_t kLongestTnefName = 4096;
-
-// A preamble is kept if a delimiter comes within this many bytes.
-constexpr int64_t kLongestPreamble = 65535;
 
 // White space behind a closing delimiter is looked through up to this many bytes, the longest line
 // that mail may have; with more of it the line closes as well.

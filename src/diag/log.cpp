@@ -41,6 +41,15 @@ void UpdateTraceGate() {
   } while (now != heard());
 }
 
+// Whatever goes wrong with the log, or in a trace callback, the mail goes on.
+template <typename Work>
+void Quietly(Work work) noexcept {
+  try {
+    work();
+  } catch (...) {
+  }
+}
+
 bool LogFileExists() { return platform::IsRegularFile(GetLogFilePath().c_str()); }
 bool SwitchFileExists() { return platform::IsRegularFile(GetLogSwitchFilePath().c_str()); }
 
@@ -140,72 +149,79 @@ const std::string& GetLogSwitchFilePath() {
   return path;
 }
 
-void LogTrace(const char* format, ...) {
+void LogTrace(const char* format, ...) noexcept {
   if (!TraceHeard()) return;
   va_list arguments;
   va_start(arguments, format);
-  if (const TraceCallback callback = trace_callback.load(std::memory_order_relaxed)) {
-    Line line;
-    line.AppendList(format, arguments);
-    callback(line.Finish());
-  } else {
+  Quietly([&] {
+    if (const TraceCallback callback = trace_callback.load(std::memory_order_relaxed)) {
+      Line line;
+      line.AppendList(format, arguments);
+      return callback(line.Finish());
+    }
     if (trace_state.load(std::memory_order_relaxed) == kUndecided) {
       const bool on = LogFileExists() && SwitchFileExists();
       if (on) error_state.store(kOn, std::memory_order_relaxed);
       DecideTrace(on);
     }
     if (trace_state.load(std::memory_order_relaxed) == kOn) WriteToFile(format, arguments);
-  }
+  });
   va_end(arguments);
 }
 
-bool log_internal::ErrorHeard() {
-  if (error_state.load(std::memory_order_relaxed) == kUndecided) {
+bool log_internal::ErrorHeard() noexcept {
+  Quietly([] {
+    if (error_state.load(std::memory_order_relaxed) != kUndecided) return;
     error_state.store(LogFileExists() ? kOn : kOff, std::memory_order_relaxed);
-  }
+  });
   return error_state.load(std::memory_order_relaxed) == kOn;
 }
 
-void LogError(const char* format, ...) {
+void LogError(const char* format, ...) noexcept {
   if (!log_internal::ErrorHeard()) return;
   va_list arguments;
   va_start(arguments, format);
-  WriteToFile(format, arguments);
+  Quietly([&] { WriteToFile(format, arguments); });
   va_end(arguments);
 }
 
-void LogTraceWithData(const void* data, int64_t size, const char* format, ...) {
-  if (trace_state.load(std::memory_order_relaxed) == kUndecided) DecideTrace(LogFileExists());
-  if (trace_state.load(std::memory_order_relaxed) != kOn) return;
-  Line line;
-  line.AppendPrefix();
+void LogTraceWithData(const void* data, int64_t size, const char* format, ...) noexcept {
   va_list arguments;
   va_start(arguments, format);
-  line.AppendList(format, arguments);
+  Quietly([&] {
+    if (trace_state.load(std::memory_order_relaxed) == kUndecided) DecideTrace(LogFileExists());
+    if (trace_state.load(std::memory_order_relaxed) != kOn) return;
+    Line line;
+    line.AppendPrefix();
+    line.AppendList(format, arguments);
+    platform::AppendFile file(GetLogFilePath().c_str());
+    file.Write(line.FinishForFile());
+    char start[64];
+    std::snprintf(start, sizeof start, "BINARY DATA START size = %d\n", static_cast<int>(size));
+    file.Write(start);
+    if (data != nullptr && size > 0) {
+      WriteWithoutCr(file, {static_cast<const char*>(data), static_cast<size_t>(size)});
+    }
+    file.Write("\nBINARY DATA END\n");
+  });
   va_end(arguments);
-  platform::AppendFile file(GetLogFilePath().c_str());
-  file.Write(line.FinishForFile());
-  char start[64];
-  std::snprintf(start, sizeof start, "BINARY DATA START size = %d\n", static_cast<int>(size));
-  file.Write(start);
-  if (data != nullptr && size > 0) {
-    WriteWithoutCr(file, {static_cast<const char*>(data), static_cast<size_t>(size)});
-  }
-  file.Write("\nBINARY DATA END\n");
+}
+
+void LogUserText(std::string_view text) noexcept {
+  if (!TraceHeard()) return;
+  Quietly([text] {
+    std::string plain;
+    for (size_t i = 0; i < text.size(); ++i) {
+      if (text[i] == '%' && i + 1 < text.size() && text[i + 1] == '%') ++i;
+      plain += text[i];
+    }
+    LogTrace("%s", plain.c_str());
+  });
 }
 
 void SetTraceCallback(TraceCallback callback) {
   trace_callback.store(callback);
   UpdateTraceGate();
-}
-
-std::string UnescapePercent(std::string_view text) {
-  std::string plain;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && i + 1 < text.size() && text[i + 1] == '%') ++i;
-    plain += text[i];
-  }
-  return plain;
 }
 
 }  // namespace mimora

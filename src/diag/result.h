@@ -15,8 +15,6 @@ enum Result : int32_t {
   kInputNotOpened = 0x20000003,
   kOutputNotOpened = 0x20000004,
   kTempNotWritten = 0x20000007,
-  kTempNotCreated = 0x20000008,
-  kTempNotReopened = 0x20000009,
   kNotOpen = 0x20000259,       // the stream is missing or not open
   kHeaderFailed = 0x2000025A,  // the stream failed inside a header
   kHeaderCut = 0x2000025B,     // the data ended inside a header, which is kept

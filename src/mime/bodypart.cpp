@@ -8,8 +8,6 @@
 namespace mimora {
 namespace {
 
-enum Flag : uint32_t { kReceiptRequested = 0x1, kSigned = 0x2, kPkcs7 = 0x4 };
-
 bool IsPkcs7(const ContentType& type) {
   return type.Is("APPLICATION", "PKCS7-MIME") || type.Is("APPLICATION", "X-PKCS7-MIME");
 }
@@ -51,7 +49,6 @@ void Bodypart::Clean() {
   Header.Clear();
   ContentTransferEncoding.clear();
   Charset.clear();
-  Preamble = {};
   UuencodedBlocks = {};
   TnefAttachments = {};
   OwnStream = nullptr;

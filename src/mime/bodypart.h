@@ -28,6 +28,9 @@ enum DataDefinition : int32_t {
   kBodyDetached = 4,  // the same place in a stream that is still to be named
 };
 
+// What Flags tells.
+enum BodypartFlag : uint32_t { kReceiptRequested = 0x1, kSigned = 0x2, kPkcs7 = 0x4 };
+
 // A file found inside a body.
 struct EmbeddedAttachment {
   std::string Name;
@@ -56,7 +59,7 @@ class Bodypart {
   // The first field of that name, analysed; of an empty text when there is none.
   FieldValue Field(std::string_view name) const;
 
-  // MIMORA_FLAG_ values.
+  // BodypartFlag values.
   uint32_t Flags() const;
 
   void DetachFrom(const Minstream* stream);
@@ -91,7 +94,6 @@ class Bodypart {
   std::unique_ptr<Bodypart> EnclosedMessage;
   std::string ContentTransferEncoding;
   std::string Charset;
-  std::string Preamble;
   std::vector<EmbeddedAttachment> UuencodedBlocks;
   std::vector<EmbeddedAttachment> TnefAttachments;
 

@@ -2,6 +2,7 @@
 #include "mime/field_value.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "platform/ascii.h"
 #include "platform/platform.h"
@@ -9,11 +10,7 @@
 namespace mimora {
 namespace {
 
-std::string_view Trim(std::string_view text) {
-  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
-  return text;
-}
+std::string_view Trim(std::string_view text) { return TrimRight(TrimLeft(text, IsSpace), IsSpace); }
 
 std::string Unfold(std::string_view text) {
   std::string line(text);
@@ -206,41 +203,34 @@ std::string JoinSections(std::vector<Section>& sections) {
 
 }  // namespace
 
-FieldValue::FieldValue(std::string_view text) {
-  Splitter pieces(text);
-  pieces.Next(main_);
-  comments_in_main_ = pieces.Comments();
-  for (std::string_view piece; pieces.Next(piece);) {
-    const std::string_view name = pieces.Comments() ? TrimComments(piece) : Trim(piece);
-    const size_t equals = name.find('=');
-    if (equals == std::string_view::npos) continue;
-    const std::string_view value = name.substr(equals + 1);
-    parameters_.push_back({Trim(name.substr(0, equals)), value, pieces.Comments()});
-  }
+std::string FieldValue::Main() const {
+  Splitter pieces(text_);
+  std::string_view main;
+  pieces.Next(main);
+  return PlainText(main, pieces.Comments());
 }
 
-std::string FieldValue::Main() const { return PlainText(main_, comments_in_main_); }
-
 std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
+  std::optional<std::string> plain;
   std::vector<Section> sections;
-  const RawParameter* plain = nullptr;
-  for (const RawParameter& parameter : parameters_) {
-    if (parameter.name.size() < name.size() ||
-        !EqualIgnoringCase(parameter.name.substr(0, name.size()), name)) {
-      continue;
-    }
-    const std::string_view marks = parameter.name.substr(name.size());
+  Splitter pieces(text_);
+  std::string_view piece;
+  for (pieces.Next(piece); pieces.Next(piece);) {
+    const std::string_view text = pieces.Comments() ? TrimComments(piece) : Trim(piece);
+    const size_t equals = text.find('=');
+    if (equals == std::string_view::npos || equals < name.size()) continue;
+    if (!EqualIgnoringCase(text.substr(0, name.size()), name)) continue;
+    const std::string_view marks = Trim(text.substr(name.size(), equals - name.size()));
+    const std::string_view value = text.substr(equals + 1);
     if (marks.empty()) {
-      if (plain == nullptr) plain = &parameter;
+      if (!plain) plain = PlainText(value, pieces.Comments());
     } else if (Section section{}; ParseMarks(marks, section)) {
-      section.value = parameter.value;
-      section.comments = parameter.comments;
+      section.value = value;
+      section.comments = pieces.Comments();
       sections.push_back(section);
     }
   }
-  if (!sections.empty()) return JoinSections(sections);
-  if (plain != nullptr) return PlainText(plain->value, plain->comments);
-  return std::nullopt;
+  return sections.empty() ? plain : JoinSections(sections);
 }
 
 std::optional<ContentType> ParseContentType(const FieldValue& value) {

@@ -9,14 +9,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace mimora {
 
 // Refers to the text that it was made from.
 class FieldValue {
  public:
-  explicit FieldValue(std::string_view text);
+  explicit FieldValue(std::string_view text) : text_(text) {}
 
   // What stands before the parameters: comments and folding removed, trimmed.
   std::string Main() const;
@@ -26,15 +25,7 @@ class FieldValue {
   std::optional<std::string> Parameter(std::string_view name) const;
 
  private:
-  struct RawParameter {
-    std::string_view name;   // trimmed; with the "*" marks of an extended one
-    std::string_view value;  // as it stands
-    bool comments;           // whether an opening parenthesis in it begins a comment
-  };
-
-  std::string_view main_;
-  bool comments_in_main_ = true;
-  std::vector<RawParameter> parameters_;
+  std::string_view text_;
 };
 
 // A content type in upper case, for example TEXT and PLAIN.

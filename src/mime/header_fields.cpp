@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "diag/log.h"
 #include "platform/ascii.h"
 
 namespace mimora {
@@ -48,21 +47,21 @@ void HeaderFields::Continue(std::string_view line) {
   entries_.back().value_size += line.size() + 2;
 }
 
-void HeaderFields::AppendLine(std::string_view line) {
-  if (IsBlank(line.front())) return Continue(line);
+bool HeaderFields::AppendLine(std::string_view line) {
+  if (IsBlank(line.front())) {
+    Continue(line);
+    return true;
+  }
   const char* end = line.data() + line.size();
   const char* name_end =
       std::find_if(line.data(), end, [](char c) { return c == ':' || !IsNameCharacter(c); });
   const char* colon = std::find_if_not(name_end, end, IsBlank);
-  if (colon == end || *colon != ':') {
-    LogError("<E> header line without a colon: %.*s",
-             static_cast<int>(std::min<size_t>(line.size(), 80)), line.data());
-    return;
-  }
+  if (colon == end || *colon != ':') return false;
   const char* value = colon + 1;
   if (value < end && *value == ' ') ++value;
   Append({line.data(), static_cast<size_t>(name_end - line.data())},
          {value, static_cast<size_t>(end - value)});
+  return true;
 }
 
 void HeaderFields::Delete(size_t index) {

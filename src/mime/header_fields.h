@@ -27,9 +27,9 @@ class HeaderFields {
   std::optional<std::string_view> Find(std::string_view name, int n = 1) const;
 
   void Append(std::string_view name, std::string_view value);
-  // Takes a line of a header: a field, or the continuation of the last one. A line that is neither
-  // is passed over, and told in the log.
-  void AppendLine(std::string_view line);
+  // Takes a line of a header, which is not empty: a field, or the continuation of the last one. A
+  // line that is neither is passed over, and the answer is false.
+  bool AppendLine(std::string_view line);
   void Delete(size_t index);
   void Clear();
 

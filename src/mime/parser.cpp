@@ -8,6 +8,7 @@
 #include "codec/transfer_encoding.h"
 #include "codec/uuencode.h"
 #include "diag/limits.h"
+#include "diag/log.h"
 #include "mime/tnef.h"
 #include "platform/ascii.h"
 #include "stream/moutstream.h"
@@ -35,12 +36,34 @@ class BoundaryScope {
   Minstream& in_;
 };
 
-// A boundary cannot end in white space (RFC 2046 5.1.1): on the way it would be lost.
+// The text of the delimiter lines. It is part of a line, whatever an encoded parameter says, and
+// cannot end in white space (RFC 2046 5.1.1): on the way that would be lost.
 std::string Boundary(const Bodypart& part) {
-  std::string boundary = part.Field("Content-Type").Parameter("boundary").value_or("");
-  while (!boundary.empty() && IsSpace(boundary.back())) boundary.pop_back();
-  return boundary;
+  const std::string declared = part.Field("Content-Type").Parameter("boundary").value_or("");
+  const std::string_view line = declared;
+  return std::string(TrimRight(line.substr(0, line.find_first_of("\r\n")), IsBlank));
 }
+
+// Tells the log of the lines of a header that were passed over.
+class SkippedLines {
+ public:
+  void Add(std::string_view line) {
+    if (count_++ > 0) return;
+    const size_t shown = std::min<size_t>(line.size(), 80);
+    first_.assign(line.substr(0, shown));
+    // What a sender writes must not steer who reads the log.
+    for (char& c : first_) c = c < ' ' || c == 0x7F ? '.' : c;
+  }
+
+  void Log() const {
+    if (count_ == 0) return;
+    LogError("<E> %d header lines without a colon, the first: %s", count_, first_.c_str());
+  }
+
+ private:
+  int count_ = 0;
+  std::string first_;
+};
 
 class Parser {
  public:
@@ -75,11 +98,13 @@ class Parser {
     return in_.BoundaryHit() ? in_.BoundaryPosition() + in_.BoundaryLineEndSize() : in_.Position();
   }
   bool MayHaveSubparts(int level) const { return level <= kDeepestLevel; }
+  size_t MoreEmbeddedFiles() const { return kMostEmbeddedFiles - embedded_files_; }
   bool TooManyParts() const { return parts_ >= kMostParts; }
   Result ReadResult() const { return in_.GetError() == 0 ? kOk : kReadFailed; }
 
   Minstream& in_;
   int parts_ = 0;  // the message itself not counted
+  size_t embedded_files_ = 0;
 };
 
 // ---- Header -------------------------------------------------------------------------------
@@ -87,14 +112,16 @@ class Parser {
 Result Parser::ParseHeader(Bodypart& part) {
   part.PartStart = PartPosition();
   Result result = kHeaderCut;
+  SkippedLines skipped;
   for (std::string_view line; in_.ReadLine(line);) {
     if (line.empty()) {
       result = kOk;
       break;
     }
     if (in_.GetError() != 0) break;
-    part.Header.AppendLine(line);
+    if (!part.Header.AppendLine(line)) skipped.Add(line);
   }
+  skipped.Log();
   if (in_.GetError() != 0) result = kHeaderFailed;
   const int64_t end = PartPosition();
   part.HeaderSize = end - part.PartStart;
@@ -140,11 +167,7 @@ Result Parser::ParseMultipart(Bodypart& part, const ContentType& type, int level
   Result result = kOk;
   {
     const BoundaryScope scope(in_, boundary);
-    in_.ReadToString(part.Preamble, kLongestPreamble);
-    if (!in_.BoundaryHit()) {
-      part.Preamble = {};
-      in_.Skip();
-    }
+    in_.Skip();  // the preamble, which belongs to no part
     result = ParseChildren(part, type.sub == "DIGEST", level);
   }
   // The epilogue belongs to no part.
@@ -213,15 +236,16 @@ Result Parser::CountDecoded(Bodypart& part) {
 }
 
 Result Parser::ParseText(Bodypart& part) {
-  UuScanner scanner;
+  UuScanner scanner(MoreEmbeddedFiles());
   for (std::string_view run; !(run = in_.NextRun()).empty();) {
     scanner.Feed(run);
     in_.Take(run.size());
   }
   scanner.Finish();
   part.DecodedSize = scanner.TextSize();
-  for (const UuBlock& block : scanner.Blocks()) {
-    part.UuencodedBlocks.push_back({.Name = block.name,
+  embedded_files_ += scanner.Blocks().size();
+  for (UuBlock& block : scanner.Blocks()) {
+    part.UuencodedBlocks.push_back({.Name = std::move(block.name),
                                     .DecodedSize = block.decoded_size,
                                     .Offset = block.offset,
                                     .BlockLength = block.length});
@@ -234,37 +258,51 @@ Result Parser::ParseTnef(Bodypart& part) {
   const int32_t decoded = TransferEncodingDecode(in_, file.Out(), part.ContentTransferEncoding);
   part.DecodedSize = file.Out().WritePos();
   if (!file.Close() || decoded == -2) return kTempNotWritten;
-  Minstream table(file.Source(), TemporaryFile::kBufferSize);
-  ReadTnefAttachments(table, part.DecodedSize, part.TnefAttachments);
+  Minstream table(file.Source(), kDefaultBufferSize);
+  ReadTnefAttachments(table, part.DecodedSize, MoreEmbeddedFiles(), part.TnefAttachments);
+  embedded_files_ += part.TnefAttachments.size();
   in_.Skip();
-  return ReadResult();
+  return table.GetError() == 0 ? ReadResult() : kTempNotWritten;
 }
 
 }  // namespace
 
 // ---- Entry --------------------------------------------------------------------------------
 
-Result Load(Bodypart& part, Minstream& in) {
-  if (!in.IsOpen()) return kNotOpen;
-  part.Clean();
+namespace {
+
+Result Parse(Bodypart& part, Minstream& in) {
   in.SetBoundary({});
   return Parser(in).LoadPart(part, part.Depth());
 }
 
+}  // namespace
+
+Result Load(Bodypart& part, Minstream& in) {
+  if (!in.IsOpen()) return kNotOpen;
+  part.Clean();
+  return Parse(part, in);
+}
+
+// The part owns what it is parsed from before the parsing begins: an exception in the middle leaves
+// parts that refer to it.
 Result LoadFromMemory(Bodypart& part, std::string_view data) {
   auto stream = std::make_unique<Minstream>(
       MemorySource{.data = data.data(), .length = static_cast<int64_t>(data.size())});
-  const Result result = Load(part, *stream);
+  part.Clean();
   part.OwnStream = std::move(stream);
-  return result;
+  return Parse(part, *part.OwnStream);
 }
 
 Result LoadFromCopy(Bodypart& part, std::string_view text) {
-  // On the heap at once: the bytes of a short string would move with the string.
+  // On the heap of its own: the bytes of a short string would move with the string.
   auto copy = std::make_unique<std::string>(text);
-  const Result result = LoadFromMemory(part, *copy);
+  auto stream = std::make_unique<Minstream>(
+      MemorySource{.data = copy->data(), .length = static_cast<int64_t>(copy->size())});
+  part.Clean();
   part.OwnText = std::move(copy);
-  return result;
+  part.OwnStream = std::move(stream);
+  return Parse(part, *part.OwnStream);
 }
 
 }  // namespace mimora

@@ -191,8 +191,8 @@ class Reader {
 
 class Table {
  public:
-  Table(Minstream& in, int64_t size, std::vector<EmbeddedAttachment>& files)
-      : reader_(in, size), files_(files) {}
+  Table(Minstream& in, int64_t size, size_t most, std::vector<EmbeddedAttachment>& files)
+      : reader_(in, size), most_(most), files_(files) {}
 
   bool Read() {
     if (reader_.U32() != kSignature) return false;
@@ -292,7 +292,7 @@ class Table {
   void CloseFile() {
     file_.Name = !long_name_.empty() ? std::move(long_name_) : std::move(title_);
     const bool listed = !file_.Name.empty() && file_.DecodedSize > 0 && file_.Name != kUntitled &&
-                        files_.size() < kMostEmbeddedFiles;
+                        files_.size() < most_;
     if (listed) files_.push_back(std::move(file_));
     file_ = {};
     title_.clear();
@@ -300,6 +300,7 @@ class Table {
   }
 
   Reader reader_;
+  const size_t most_;
   std::vector<EmbeddedAttachment>& files_;
   EmbeddedAttachment file_;
   std::string title_;
@@ -308,8 +309,9 @@ class Table {
 
 }  // namespace
 
-bool ReadTnefAttachments(Minstream& in, int64_t size, std::vector<EmbeddedAttachment>& files) {
-  return Table(in, size, files).Read();
+bool ReadTnefAttachments(Minstream& in, int64_t size, size_t most,
+                         std::vector<EmbeddedAttachment>& files) {
+  return Table(in, size, most, files).Read();
 }
 
 }  // namespace mimora

@@ -14,8 +14,9 @@ namespace mimora {
 
 // Appends the files of a TNEF stream of SIZE bytes, which begins at the position 0 of IN. Every
 // length in the stream is checked against what is there; a stream that breaks off keeps the files
-// found until then. False when it is no TNEF stream at all.
-bool ReadTnefAttachments(Minstream& in, int64_t size, std::vector<EmbeddedAttachment>& files);
+// found until then. At most MOST files are listed. False when it is no TNEF stream at all.
+bool ReadTnefAttachments(Minstream& in, int64_t size, size_t most,
+                         std::vector<EmbeddedAttachment>& files);
 
 }  // namespace mimora
 

@@ -21,6 +21,19 @@ constexpr bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
 // White space of a header value, folding included.
 constexpr bool IsSpace(char c) { return IsBlank(c) || IsLineEnd(c); }
 
+// Without the characters of a kind at its end, or in front.
+template <typename IsOfKind>
+constexpr std::string_view TrimRight(std::string_view text, IsOfKind is_of_kind) {
+  while (!text.empty() && is_of_kind(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+template <typename IsOfKind>
+constexpr std::string_view TrimLeft(std::string_view text, IsOfKind is_of_kind) {
+  while (!text.empty() && is_of_kind(text.front())) text.remove_prefix(1);
+  return text;
+}
+
 inline std::string UpperCase(std::string_view text) {
   std::string upper(text);
   std::transform(upper.begin(), upper.end(), upper.begin(), ToUpper);

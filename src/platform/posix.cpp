@@ -98,7 +98,12 @@ int OpenForReading(const char* name) {
 }
 
 int OpenForWriting(const char* name) {
-  return Retry([&] { return open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600); });
+  // A pipe that nobody reads is an error, not a reason to wait.
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  const int file = Retry([&] { return open(name, kFlags, 0600); });
+  if (file == -1) return kNoFile;
+  if (fcntl(file, F_SETFL, 0) == -1) return Refuse(file, errno);
+  return file;
 }
 
 int CreateTemporary(std::string& name) {

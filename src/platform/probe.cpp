@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <mutex>
 
 #include "platform/platform.h"
 
@@ -17,22 +16,15 @@ constexpr uintptr_t kLowestAddress = 4096;
 
 // Some containers forbid process_vm_readv; then every address would look unreadable. The kernel
 // also says EFAULT for a bad address when it is asked to copy the bytes into a pipe.
-class PipeProbe {
- public:
-  bool ReadWord(const void* address, uint32_t& word) {
-    const std::scoped_lock lock(mutex_);
-    if (ends_[0] == kNoFile && pipe2(ends_, O_CLOEXEC | O_NONBLOCK) == -1) return false;
-    const ssize_t written = write(ends_[1], address, sizeof word);
-    if (written <= 0) return false;
-    // A word across the end of a readable page is written in part: take that out again.
-    return read(ends_[0], &word, static_cast<size_t>(written)) == written &&
-           written == static_cast<ssize_t>(sizeof word);
-  }
-
- private:
-  std::mutex mutex_;
-  int ends_[2] = {kNoFile, kNoFile};
-};
+bool ReadThroughPipe(const void* address, uint32_t& word) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) == -1) return false;
+  const bool good = write(ends[1], address, sizeof word) == static_cast<ssize_t>(sizeof word) &&
+                    read(ends[0], &word, sizeof word) == static_cast<ssize_t>(sizeof word);
+  Close(ends[0]);
+  Close(ends[1]);
+  return good;
+}
 
 }  // namespace
 
@@ -47,8 +39,7 @@ bool ReadWord(const void* address, uint32_t& word) {
     if (count != -1 || (errno != EPERM && errno != ENOSYS)) return false;
     forbidden.store(true, std::memory_order_relaxed);
   }
-  static PipeProbe probe;
-  return probe.ReadWord(address, word);
+  return ReadThroughPipe(address, word);
 }
 
 }  // namespace mimora::platform

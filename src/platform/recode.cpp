@@ -46,21 +46,28 @@ class Converter {
     char* next = text.data();
     size_t left = text.size();
     while (left > 0) {
-      std::array<char, 1024> piece;
-      char* out = piece.data();
-      size_t room = piece.size();
-      const size_t result = iconv(handle_, &next, &left, &out, &room);
-      const int error = result == static_cast<size_t>(-1) ? errno : 0;
-      utf8.append(piece.data(), piece.size() - room);
+      const int error = Step(&next, &left, utf8);
       if (error == 0 || error == E2BIG) continue;
       utf8 += kReplacement;
       ++next;
       --left;
     }
+    // A charset that composes letters may still hold one back.
+    Step(nullptr, nullptr, utf8);
     return utf8;
   }
 
  private:
+  int Step(char** next, size_t* left, std::string& utf8) {
+    std::array<char, 1024> piece;
+    char* out = piece.data();
+    size_t room = piece.size();
+    const size_t result = iconv(handle_, next, left, &out, &room);
+    const int error = result == static_cast<size_t>(-1) ? errno : 0;
+    utf8.append(piece.data(), piece.size() - room);
+    return error;
+  }
+
   iconv_t handle_;
 };
 

@@ -19,6 +19,9 @@ constexpr int64_t kLongestRun = 32768;
 // One read never asks for more.
 constexpr int64_t kLargestRequest = 0x7FFFFFFF;
 
+// No stream gets as far as this: positions can be added up without a thought.
+constexpr int64_t kLargestPosition = INT64_MAX / 2;
+
 // How much of a delimiter line is kept, beyond the delimiter itself.
 constexpr size_t kKeptDelimiterTail = 1000;
 
@@ -94,8 +97,9 @@ bool Minstream::Grow(int64_t capacity) {
 // that lies about its position cannot spoil the tree.
 void Minstream::FindStartPosition() {
   if (position_known_) return;
+  const int64_t told = source_.tell != nullptr ? source_.tell(source_.context) : 0;
+  buffer_end_ = std::clamp<int64_t>(told, 0, kLargestPosition);
   position_known_ = true;
-  if (source_.tell != nullptr) buffer_end_ = std::max<int64_t>(source_.tell(source_.context), 0);
 }
 
 void Minstream::CheckOwner() const {
@@ -140,12 +144,8 @@ bool Minstream::FillBuffer() {
     Compact();
     int64_t request = std::min(capacity_ - filled_, kLargestRequest);
     if (request == 0) return false;
-    if (file_ != platform::kNoFile) {
+    if (file_ != platform::kNoFile && buffer_end_ < platform::kLargestFilePosition) {
       request = std::min(request, platform::kLargestFilePosition - buffer_end_);
-      if (request <= 0) {
-        error_ = EOVERFLOW;
-        return false;
-      }
     }
     ex_pos = 2;
     errno = 0;
@@ -154,6 +154,10 @@ bool Minstream::FillBuffer() {
     // More than there is room for, or less than nothing: nothing that it wrote can be trusted.
     if (count < 0 || count > request) {
       error_ = count == -1 && errno != 0 ? errno : EIO;
+      return false;
+    }
+    if (file_ != platform::kNoFile && buffer_end_ + count > platform::kLargestFilePosition) {
+      error_ = EOVERFLOW;
       return false;
     }
   } catch (...) {
@@ -421,7 +425,7 @@ int64_t Minstream::Position() {
 void Minstream::Seek(int64_t position) {
   owner_ = platform::ThreadToken();
   owner_thread_ = platform::ThreadId();
-  if (position < 0) return;
+  if (position < 0 || position > kLargestPosition) return;
   FindStartPosition();
   const int64_t buffer_start = mode_ == kMemory ? 0 : buffer_end_ - filled_;
   const bool inside = position >= buffer_start && position < buffer_start + filled_;

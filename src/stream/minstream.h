@@ -14,12 +14,12 @@
 #include <string_view>
 
 #include "diag/checks.h"
+#include "diag/limits.h"
 #include "platform/platform.h"
 #include "stream/delimiters.h"
 
 namespace mimora {
 
-constexpr int64_t kDefaultBufferSize = 16384;
 constexpr int64_t kNoReadLimit = -1;
 
 // Everything: longer than any stream.
@@ -97,7 +97,8 @@ class Minstream {
   // Of the next byte, counted from the source's own position 0.
   int64_t Position();
 
-  // In memory a position that is not inside the data is ignored.
+  // The place counts as the start of a line. A position that no stream can have is ignored, in
+  // memory every one that is not inside the data.
   void Seek(int64_t position);
 
   // An absolute position. Has no effect on a memory stream: callers rely on reading those whole.

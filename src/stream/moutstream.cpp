@@ -6,10 +6,10 @@
 #include <cinttypes>
 #include <cstring>
 
+#include "diag/limits.h"
+
 namespace mimora {
 namespace {
-
-constexpr int64_t kDefaultBufferSize = 16384;
 
 int64_t WriteFile(intptr_t context, const void* data, int64_t length) {
   return platform::Write(static_cast<int>(context), data, length);
@@ -22,7 +22,7 @@ int64_t WriteFile(intptr_t context, const void* data, int64_t length) {
 Moutstream::Moutstream(MemorySink, int64_t buffer_size) : mode_(kMemory) {
   MIMORA_CHECK_TAG_IS_FIRST(Moutstream);
   ok_ = Resize(std::max<int64_t>(buffer_size, 0));
-  LogCreation("_Moutstream");
+  LogCreation();
 }
 
 Moutstream::Moutstream(FileSink sink, int64_t buffer_size) : mode_(kBuffered) {
@@ -41,43 +41,57 @@ Moutstream::Moutstream(FileSink sink, int64_t buffer_size) : mode_(kBuffered) {
   if (file_ == platform::kNoFile && error_ == 0) error_ = open_error;
   ok_ = error_ == 0;
   sink_ = {.context = file_, .write = WriteFile};
-  LogCreation("_Moutstream");
+  LogCreation();
 }
 
-Moutstream::Moutstream(CallbackSink sink, int64_t buffer_size) : mode_(kBuffered), sink_(sink) {
+Moutstream::Moutstream(CallbackSink sink, int64_t buffer_size) : mode_(kBuffered) {
   AllocateBuffer(buffer_size);
+  LogCreation();
+  sink_ = sink;
   if (sink.write == nullptr && error_ == 0) error_ = EINVAL;
   ok_ = error_ == 0;
-  LogTrace("Moutstream with external fctions: this=%" PRIXPTR ", g_write=%" PRIXPTR,
-           reinterpret_cast<uintptr_t>(this), reinterpret_cast<uintptr_t>(sink_.write));
+  LogFunctions("external");
 }
 
 Moutstream::Moutstream(CountingSink) : mode_(kCounting), ok_(true) {
-  LogTrace("Moutstream with dummy fctions: this=%" PRIXPTR ", g_write=%" PRIXPTR,
-           reinterpret_cast<uintptr_t>(this), reinterpret_cast<uintptr_t>(sink_.write));
+  LogCreation();
+  LogFunctions("dummy");
 }
 
 Moutstream::~Moutstream() {
-  // A file may well have the descriptor 0.
-  const bool flushes = file_ != platform::kNoFile || (sink_.context != 0 && sink_.context != -1);
-  if (mode_ == kBuffered && flushes) {
-    try {
-      FlushBuffer();
-    } catch (...) {
-      // Logged by FlushBuffer; a destructor cannot pass it on.
-      LogError("<E> Moutstream");
-    }
+  try {
+    FlushAtEnd();
+  } catch (...) {
+    // It is in the log.
   }
   if (file_ != platform::kNoFile) platform::Close(file_);
   // Volatile, or the compiler would drop a store into an object that ends here.
   static_cast<volatile uint32_t&>(tag_) = 0;
 }
 
+void Moutstream::FlushAtEnd() {
+  // A file may well have the descriptor 0.
+  const bool flushes = file_ != platform::kNoFile || (sink_.context != 0 && sink_.context != -1);
+  if (!flushes) return;
+  try {
+    FlushBuffer();
+  } catch (...) {
+    LogError("<E> Moutstream");
+    throw;
+  }
+}
+
 void Moutstream::AllocateBuffer(int64_t size) { Resize(size < 1 ? kDefaultBufferSize : size); }
 
-void Moutstream::LogCreation(const char* kind) const {
-  LogTrace("%s this=%" PRIXPTR ", amode=%d, g_write=%" PRIXPTR, kind,
-           reinterpret_cast<uintptr_t>(this), mode_, reinterpret_cast<uintptr_t>(sink_.write));
+void Moutstream::LogCreation() const {
+  LogTrace("_Moutstream this=%" PRIXPTR ", amode=%d, g_write=%" PRIXPTR,
+           reinterpret_cast<uintptr_t>(this), mode_ == kMemory ? 0 : 1,
+           reinterpret_cast<uintptr_t>(sink_.write));
+}
+
+void Moutstream::LogFunctions(const char* kind) const {
+  LogTrace("Moutstream with %s fctions: this=%" PRIXPTR ", g_write=%" PRIXPTR, kind,
+           reinterpret_cast<uintptr_t>(this), reinterpret_cast<uintptr_t>(sink_.write));
 }
 
 // ---- Memory -------------------------------------------------------------------------------
@@ -168,6 +182,7 @@ bool Moutstream::FlushBuffer() {
              ", kolik=%d, IsBadReadPtr=%d, gen_write=%" PRIXPTR ", g_write=%" PRIXPTR,
              1, reinterpret_cast<uintptr_t>(this), static_cast<int>(filled_), 0,
              reinterpret_cast<uintptr_t>(&WriteFile), reinterpret_cast<uintptr_t>(sink_.write));
+    error_ = EIO;  // nobody knows how much of it was written
     throw;
   }
   if (count != filled_) {

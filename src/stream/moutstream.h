@@ -40,7 +40,7 @@ class Moutstream {
   Moutstream(FileSink sink, int64_t buffer_size);
   Moutstream(CallbackSink sink, int64_t buffer_size);
   explicit Moutstream(CountingSink sink);
-  // Flushes, except a callback stream whose context is 0 or -1.
+  // Ends the stream as FlushAtEnd does; what a callback throws is lost here.
   ~Moutstream();
   Moutstream(const Moutstream&) = delete;
   Moutstream& operator=(const Moutstream&) = delete;
@@ -62,6 +62,9 @@ class Moutstream {
   // Hands what is buffered on to the file or callback.
   bool FlushBuffer();
 
+  // The last flush of a stream that goes: none for a callback stream whose context is 0 or -1.
+  void FlushAtEnd();
+
   // Bytes written so far, those in the buffer included.
   int64_t WritePos() const { return written_ + filled_; }
 
@@ -75,7 +78,7 @@ class Moutstream {
   const std::string& GetFileName() const { return file_name_; }
 
  private:
-  enum Mode : int32_t { kMemory = 0, kBuffered = 1, kCounting = 2 };
+  enum Mode { kMemory, kBuffered, kCounting };
   struct Free {
     void operator()(char* block) const { std::free(block); }
   };
@@ -85,7 +88,8 @@ class Moutstream {
   bool Grow(int64_t request);
   bool WriteToMemory(const char* data, int64_t length);
   bool WriteBuffered(const char* data, int64_t length);
-  void LogCreation(const char* kind) const;
+  void LogCreation() const;
+  void LogFunctions(const char* kind) const;
 
   uint32_t tag_ = kOutstreamSignature;
   Mode mode_;

@@ -2,9 +2,7 @@
 #ifndef MIMORA_STREAM_TEMPORARY_FILE_H_
 #define MIMORA_STREAM_TEMPORARY_FILE_H_
 
-#include <memory>
-#include <string>
-
+#include "diag/limits.h"
 #include "platform/platform.h"
 #include "stream/minstream.h"
 #include "stream/moutstream.h"
@@ -14,34 +12,24 @@ namespace mimora {
 // A file that is written, then read, and gone with the object, whatever happens in between.
 class TemporaryFile {
  public:
-  static constexpr int64_t kBufferSize = 16384;
-
-  TemporaryFile() : out_(std::make_unique<Moutstream>(FileSink{}, kBufferSize)) {
-    name_ = out_->GetFileName();
-  }
+  TemporaryFile() : out_(FileSink{}, kDefaultBufferSize) {}
   ~TemporaryFile() {
-    out_ = nullptr;
-    if (!name_.empty()) platform::Remove(name_.c_str());
+    if (!out_.GetFileName().empty()) platform::Remove(out_.GetFileName().c_str());
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
   // For writing, until Close.
-  Moutstream& Out() { return *out_; }
+  Moutstream& Out() { return out_; }
 
   // Ends the writing. False when not everything could be written.
-  bool Close() {
-    const bool good = out_->FlushBuffer();
-    out_ = nullptr;
-    return good;
-  }
+  bool Close() { return out_.FlushBuffer(); }
 
   // For reading, once it is closed.
-  FileSource Source() const { return {.name = name_.c_str()}; }
+  FileSource Source() const { return {.name = out_.GetFileName().c_str()}; }
 
  private:
-  std::unique_ptr<Moutstream> out_;
-  std::string name_;
+  Moutstream out_;
 };
 
 }  // namespace mimora

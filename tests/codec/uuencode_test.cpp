@@ -4,15 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
-#include <tuple>
 
-#include "codec/transfer_encoding.h"
-#include "support/sources.h"
+#include "support/coders.h"
 
 namespace mimora::testing {
 namespace {
@@ -21,50 +17,37 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view kLineEnds[] = {"\n", "\r\n", "\r"};
 
+const StreamCoder kDecoder = DecoderOf("X-UUENCODE");
+
 std::string WithLineEnds(std::string_view text, std::string_view line_end) {
   std::string changed;
   for (const char c : text) c == '\n' ? changed += line_end : changed += c;
   return changed;
 }
 
+constexpr size_t kMost = 3;
+
 UuScanner Scan(std::string_view text, size_t piece) {
-  UuScanner scanner;
+  UuScanner scanner(kMost);
   for (; !text.empty(); text.remove_prefix(std::min(piece, text.size())))
     scanner.Feed(text.substr(0, piece));
   scanner.Finish();
   return scanner;
 }
 
-std::string Decode(std::string_view text) {
-  Minstream in(MemorySource{.data = text.data(), .length = std::ssize(text)});
-  Moutstream out(MemorySink{});
-  EXPECT_EQ(TransferEncodingDecode(in, out, "X-UUENCODE"), 0);
-  return TextOf(out);
-}
-
 // ---- A body that is one file --------------------------------------------------------------------
-
-struct DecodeCase {
-  const char* name;
-  std::string_view text;
-  std::string_view want;
-};
 
 #define BLOCK "begin 644 cat.txt\n#0V%T\n`\nend\n"
 
-constexpr DecodeCase kDecodeCases[] = {
+constexpr CoderCase kDecodeCases[] = {
     {"nothing", "", ""},
-    {"one file", BLOCK, "Cat"},
     {"text around it", "Dear cat,\nwe begin.\n" BLOCK "end\n#0V%T\n", "Cat"},
     {"only the first of two files", BLOCK "begin 644 dog.txt\n#1&]G\n`\nend\n", "Cat"},
     {"no begin line", "#0V%T\n`\nend\n", ""},
-    {"no end line", "begin 644 cat\n#0V%T\n", "Cat"},
     {"no end line and no line end", "begin 644 cat\n#0V%T", "Cat"},
     {"end line without a line end", "begin 644 cat\n#0V%T\n`\nend", "Cat"},
     {"end line with blanks", "begin 644 cat\n#0V%T\nend \t\n#0V%T\n", "Cat"},
-    {"blank lines", "begin 644 cat\n\n#0V%T\n \n\n#0V%T\n\nend\n", "CatCat"},
-    {"a line of tabs", "begin 644 cat\n#0V%T\n\t\n#0V%T\n\t \nend\n", "CatCat"},
-    {"a line of no bytes in the middle", "begin 644 cat\n#0V%T\n`\n#0V%T\nend\n", "CatCat"},
+    {"lines of no bytes", "begin 644 cat\n\n#0V%T\n \n\t\n`\n#0V%T\n\t \nend\n", "CatCat"},
     {"one and two bytes in a line", "begin 644 cat\n!0P``\n\"0V$`\nend\n", "CCa"},
     {"blanks for zero bits", "begin 644 cat\n!0P  \n\"0V$ \nend\n", "CCa"},
     {"blanks that got lost", "begin 644 cat\n#\n\"0V$\n!0P\nend\n", "\0\0\0CaC"sv},
@@ -73,40 +56,16 @@ constexpr DecodeCase kDecodeCases[] = {
 };
 
 TEST(UuDecoder, DecodesAlikeFromEverySourceAndForEveryLineEnd) {
-  for (const DecodeCase& c : kDecodeCases) {
+  for (const CoderCase& c : kDecodeCases) {
     for (const std::string_view line_end : kLineEnds) {
       SCOPED_TRACE(::testing::Message() << c.name << ", line ends of " << line_end.size());
-      ForEverySource(WithLineEnds(c.text, line_end), [&](Minstream& in) {
-        Moutstream out(MemorySink{});
-        EXPECT_EQ(TransferEncodingDecode(in, out, "X-UUENCODE"), 0);
-        EXPECT_EQ(TextOf(out), c.want);
-        in.Seek(0);
-        Moutstream counting(CountingSink{});
-        EXPECT_EQ(TransferEncodingDecode(in, counting, "X-UUENCODE"), 0);
-        EXPECT_EQ(counting.WritePos(), std::ssize(c.want));
-      });
+      ExpectCoded(kDecoder, WithLineEnds(c.text, line_end), c.want);
     }
   }
 }
 
-TEST(UuDecoder, ReadErrorAtAnyByteUpToTheEndLineIsReportedAndKept) {
-  constexpr std::string_view kText = BLOCK;
-  for (int64_t at = 0; at < std::ssize(kText); ++at) {
-    SCOPED_TRACE(::testing::Message() << "fails after " << at << " bytes");
-    DripSource source(kText, 4, at);
-    Minstream in(source.Reading(), 16);
-    Moutstream out(MemorySink{});
-    EXPECT_EQ(TransferEncodingDecode(in, out, "X-UUENCODE"), -1);
-    EXPECT_EQ(in.GetError(), EIO);
-  }
-}
-
-TEST(UuDecoder, WriteErrorIsReported) {
-  constexpr std::string_view kText = BLOCK;
-  Minstream in(MemorySource{.data = kText.data(), .length = std::ssize(kText)});
-  const auto refuse = [](intptr_t, const void*, int64_t) -> int64_t { return -1; };
-  Moutstream out(CallbackSink{.context = 1, .write = refuse}, 2);
-  EXPECT_EQ(TransferEncodingDecode(in, out, "X-UUENCODE"), -2);
+TEST(UuDecoder, ReportsAndKeepsErrorsAtAnyByte) {
+  ExpectErrorsToBeReportedAndKept(kDecoder, BLOCK);
 }
 
 // ---- Blocks inside a text -----------------------------------------------------------------------
@@ -121,49 +80,33 @@ struct ScanCase {
 constexpr ScanCase kScanCases[] = {
     {"nothing", "", ""},
     {"only text", "b\nbe\nbeg\nbegin\nbeginning 644 x\nend\n", ""},
-    {"one block", "{" BLOCK "}", "[cat.txt 3]"},
-    {"text around it", "Dear cat,\n\n{" BLOCK "}\nBye\n", "[cat.txt 3]"},
-    {"two blocks with text between them", "a\n{" BLOCK "}b\n{" BLOCK "}c",
-     "[cat.txt 3][cat.txt 3]"},
+    {"blocks with text around them", "a\n{" BLOCK "}b\n{" BLOCK "}c", "[cat.txt 3][cat.txt 3]"},
     {"two blocks, one behind the other", "{" BLOCK "}{" BLOCK "}", "[cat.txt 3][cat.txt 3]"},
     {"end line at the very end", "{begin 644 cat\n#0V%T\n`\nend}", "[cat 3]"},
     {"end line with blanks", "{begin 644 cat\n#0V%T\n`\nend \t\n}", "[cat 3]"},
-    {"an empty file", "{begin 644 cat\n`\nend\n}{begin 644 dog\nend\n}", "[cat 0][dog 0]"},
-    {"a zero line that is a blank, or lost",
-     "{begin 644 cat\n#0V%T\n \nend\n}\n"
-     "{begin 644 cat\n#0V%T\n\nend\n}",
-     "[cat 3][cat 3]"},
-    {"blank lines inside", "{begin 644 cat\n\n#0V%T\n\n\n#0V%T\n`\n\nend\n}", "[cat 6]"},
-    {"a line of tabs inside", "{begin 644 cat\n#0V%T\n\t\n`\nend\n}", "[cat 3]"},
+    {"empty files", "{begin 644 cat\n`\nend\n}{begin 644 dog\nend\n}", "[cat 0][dog 0]"},
+    {"lines of no bytes", "{begin 644 cat\n\n#0V%T\n \n\t\n#0V%T\n`\n\nend\n}", "[cat 6]"},
     {"full lines",
      "{begin 644 cat\n"
      "M____________________________________________________________\n"
      "M            ________________________________________________\n`\nend\n}",
      "[cat 90]"},
-    {"blanks behind data", "{begin 644 cat\n#0V%T \t \n`\nend\n}", "[cat 3]"},
-    {"lost blanks at the end of a line", "{begin 644 cat\n#0\n#\n`\nend\n}", "[cat 6]"},
+    {"blanks behind data and lost ones", "{begin 644 cat\n#0V%T \t \n#0\n#\nend\n}", "[cat 9]"},
     {"a checksum behind the data", "{begin 644 cat\n#0V%Tx\n#0V%Txyz0\n`\nend\n}", "[cat 6]"},
     {"too much behind the data", "begin 644 cat\n#0V%Txyz00\n`\nend\n", ""},
-    {"a name with blanks", "{begin 644 the cat.txt \t\nend\n}", "[the cat.txt 0]"},
-    {"a name behind tabs and blanks", "{begin\t644 \t cat\nend\n}", "[cat 0]"},
+    {"a name with blanks", "{begin\t644 \t the cat.txt \t\nend\n}", "[the cat.txt 0]"},
     {"modes of four and six digits", "{begin 0644 cat\nend\n}{begin 100644 cat\nend\n}",
      "[cat 0][cat 0]"},
     {"modes of two and seven digits", "begin 64 cat\nend\nbegin 1000644 cat\nend\n", ""},
     {"a mode that is not octal", "begin 648 cat\nend\nbegin 644x cat\nend\n", ""},
-    {"no blank or another word", "begin644 cat\nend\nBEGIN 644 cat\nend\nbegins 644 cat\nend\n",
-     ""},
+    {"no blank or another word", "begin644 cat\nend\nBEGIN 644 cat\nend\n", ""},
     {"a begin line that does not start its line",
-     " begin 644 cat\n#0V%T\n`\nend\n"
-     "I begin 644 cat\n#0V%T\n`\nend\n",
-     ""},
+     " begin 644 cat\n#0V%T\n`\nend\nI begin 644 cat\n#0V%T\n`\nend\n", ""},
     {"an end line that does not start its line", "begin 644 cat\n#0V%T\n`\n end\n", ""},
-    {"no end line", "a\nbegin 644 cat\n#0V%T\n`\n", ""},
     {"no end line and no line end", "begin 644 cat\n#0V%T\n`", ""},
-    {"prose behind a begin line", "begin 644 letters\nand so on\nend\n", ""},
     {"prose inside a block", "begin 644 cat\n#0V%T\nprose\n`\nend\n", ""},
     {"a block behind prose", "begin 644 letters\nand so on\n{" BLOCK "}", "[cat.txt 3]"},
     {"a block behind one that broke off", "begin 644 cat\n#0V%T\n{" BLOCK "}", "[cat.txt 3]"},
-    {"a begin line twice", "begin 644 cat\n{" BLOCK "}", "[cat.txt 3]"},
     {"a longer word than end", "begin 644 cat\n#0V%T\nending\nend\n", ""},
     {"an 8-bit character in the data", "begin 644 cat\n#0V\xE1T\n`\nend\n", ""},
     {"a second end line is text", "{" BLOCK "}end\n", "[cat.txt 3]"},
@@ -175,10 +118,10 @@ TEST(UuScanner, FindsTheSameBlocksForEveryLineEndAndPiece) {
       const std::string marked = WithLineEnds(c.marked, line_end);
       std::string text = marked;
       std::erase_if(text, [](char ch) { return ch == '{' || ch == '}'; });
-      for (const size_t piece : {size_t{1}, size_t{2}, size_t{3}, size_t{7}, text.size() + 1}) {
+      for (const size_t piece : {size_t{1}, size_t{2}, size_t{7}, text.size() + 1}) {
         SCOPED_TRACE(::testing::Message()
                      << c.name << ", line ends of " << line_end.size() << ", pieces of " << piece);
-        const UuScanner scanner = Scan(text, piece);
+        UuScanner scanner = Scan(text, piece);
         std::string found = text;
         std::string files;
         size_t braces = 0;
@@ -188,8 +131,8 @@ TEST(UuScanner, FindsTheSameBlocksForEveryLineEndAndPiece) {
           found.insert(static_cast<size_t>(block.offset + block.length) + braces++, "}");
           files += "[" + block.name + " " + std::to_string(block.decoded_size) + "]";
           outside -= block.length;
-          EXPECT_EQ(std::ssize(Decode(text.substr(static_cast<size_t>(block.offset),
-                                                  static_cast<size_t>(block.length)))),
+          EXPECT_EQ(std::ssize(Coded(kDecoder, text.substr(static_cast<size_t>(block.offset),
+                                                           static_cast<size_t>(block.length)))),
                     block.decoded_size);
         }
         EXPECT_EQ(found, marked);
@@ -202,23 +145,21 @@ TEST(UuScanner, FindsTheSameBlocksForEveryLineEndAndPiece) {
 
 TEST(UuScanner, PiecesNeverShow) {
   constexpr std::string_view kWords[] = {
-      "begin 644 cat", "#0V%T", "`",   "end", "\n", "\r\n", "\r", "b", "be", "\t", " ",
-      "prose",         "\n",    "\r\n"};
+      "begin 644 cat", "#0V%T", "`", "end", "\n", "\r\n", "\r", "b", "be", "\t", " ", "\n", "\r\n"};
+  const auto text_of = [](UuScanner scanner) {
+    std::string text = std::to_string(scanner.TextSize());
+    for (const UuBlock& b : scanner.Blocks()) {
+      text += "|" + b.name + " " + std::to_string(b.offset) + "+" + std::to_string(b.length) + "=" +
+              std::to_string(b.decoded_size);
+    }
+    return text;
+  };
   std::mt19937 random(1);
   for (int i = 0; i < 4000; ++i) {
-    std::string text;
-    for (size_t words = random() % 40; words > 0; --words)
-      text += kWords[random() % std::size(kWords)];
-    const UuScanner whole = Scan(text, text.size() + 1);
-    const UuScanner pieces = Scan(text, 1 + random() % 9);
-    ASSERT_EQ(pieces.TextSize(), whole.TextSize()) << text;
-    ASSERT_EQ(pieces.Blocks().size(), whole.Blocks().size()) << text;
-    for (size_t block = 0; block < whole.Blocks().size(); ++block) {
-      const auto all = [](const UuBlock& b) {
-        return std::tie(b.name, b.offset, b.length, b.decoded_size);
-      };
-      ASSERT_EQ(all(pieces.Blocks()[block]), all(whole.Blocks()[block])) << text;
-    }
+    const std::string text = RandomText(random, random() % 40, kWords);
+    UuScanner pieces(kMost);
+    FeedInPieces(random, 9, text, pieces);
+    ASSERT_EQ(text_of(pieces), text_of(Scan(text, text.size() + 1))) << text;
   }
 }
 
@@ -239,11 +180,11 @@ TEST(UuScanner, LinesBeyondTheLimitAreText) {
 
 TEST(UuScanner, BlocksBeyondTheLimitStayText) {
   constexpr std::string_view kBlock = "begin 644 a\nend\n";
-  for (const size_t count : {kMostEmbeddedFiles - 1, kMostEmbeddedFiles, kMostEmbeddedFiles + 2}) {
+  for (const size_t count : {kMost - 1, kMost, kMost + 2}) {
     std::string text;
     for (size_t i = 0; i < count; ++i) text += kBlock;
-    const UuScanner scanner = Scan(text, 32768);
-    const size_t found = std::min(count, kMostEmbeddedFiles);
+    UuScanner scanner = Scan(text, 32768);
+    const size_t found = std::min(count, kMost);
     EXPECT_EQ(scanner.Blocks().size(), found);
     EXPECT_EQ(scanner.TextSize(), static_cast<int64_t>((count - found) * kBlock.size()));
   }

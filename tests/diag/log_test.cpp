@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -16,9 +17,12 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <regex>
+#include <functional>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <utility>
 
 #include "diag/checks.h"
 #include "mimora/mimora.h"
@@ -32,13 +36,18 @@ std::string log_file;
 std::string switch_file;
 
 void Show(const char* line) { std::fprintf(stderr, "%s|", line); }
-void ShowLength(const char* line) { std::fprintf(stderr, "%zu|", std::strlen(line)); }
 
 // Shows the log, with "@" for the prefix of a line, and empties it.
 void ShowLog() {
   if (!std::filesystem::is_regular_file(log_file)) return Show("no file");
-  const std::regex prefix(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d \[[0-9A-F]{8}:[0-9A-F]{8}\] )");
-  std::fputs(std::regex_replace(ReadFile(log_file), prefix, "@").c_str(), stderr);
+  constexpr std::string_view kPrefix = "0000-00-00 00:00:00 [00000000:00000000] ";
+  std::istringstream log(ReadFile(log_file));
+  for (std::string line; std::getline(log, line);) {
+    std::string start = line.substr(0, kPrefix.size());
+    for (char& c : start) c = std::isxdigit(static_cast<unsigned char>(c)) != 0 ? '0' : c;
+    if (start == kPrefix) line.replace(0, kPrefix.size(), "@");
+    std::fprintf(stderr, "%s%s", line.c_str(), log.eof() ? "" : "\n");
+  }
   std::ofstream(log_file, std::ios::trunc);
 }
 
@@ -51,8 +60,8 @@ void MakeFiles(std::string_view files) {
   }
 }
 
-template <typename Work>
-void ExpectShown(const char* name, std::string_view files, Work work, const std::string& want) {
+void ExpectShown(const std::string& name, std::string_view files, const std::function<void()>& work,
+                 const std::string& want) {
   SCOPED_TRACE(name);
   const auto run = [&] {
     std::string folder = (std::filesystem::temp_directory_path() / "log_test.XXXXXX").string();
@@ -78,14 +87,18 @@ void Do(std::string_view script) {
     if (c == 't') LogTrace("trace");
     if (c == 'e') LogError("error");
     if (c == 'd') LogTraceWithData("x", 1, "dump");
+    if (c == 'l') M_LoadBodypartFromString(nullptr, "a\r\nb", -1);
     if (c == 'c') P_SetQQ_callback(Show);
     if (c == 'n') P_SetQQ_callback(nullptr);
     if (c == '+') MakeFiles("ls");
     if (c == '-') std::filesystem::remove(log_file), std::filesystem::remove(switch_file);
-    if (c == '0') std::filesystem::remove_all(log_file.substr(0, log_file.rfind('/')));
   }
 }
 
+#define LOADED                                                                                \
+  "@LoadBodypartFromString\nBINARY DATA START size = 4\na\nb\nBINARY DATA END\n"              \
+  "@M_LoadBodypartFromString in\n@checkbodypart for bp=[0] \n@checkbodypart assert failure\n" \
+  "@M_LoadBodypartFromString out\n"
 #define DUMP "@dump\nBINARY DATA START size = 1\nx\nBINARY DATA END\n"
 
 TEST(Log, DecidesOnceWhatIsWritten) {
@@ -96,73 +109,56 @@ TEST(Log, DecidesOnceWhatIsWritten) {
     const char* want;
   };
   constexpr Case kCases[] = {
-      {"no file", "", "ted", "no file|"},
       {"only the switch file", "s", "ted", "no file|"},
+      {"the log file is a folder", "Ls", "ted", "no file|"},
       {"only the log file", "l", "te", "@error\n"},
       {"both files", "ls", "te", "@trace\n@error\n"},
-      {"the log file is a folder", "Ls", "ted", "no file|"},
       {"the switch file is a folder", "lS", "te", "@error\n"},
       {"a dump first switches the trace on", "l", "dte", DUMP "@trace\n@error\n"},
+      {"so does loading a string, whose dump stands first", "l", "lt", LOADED "@trace\n"},
       {"a trace first switches the dumps off", "l", "td", ""},
-      {"an error first decides nothing about the trace", "ls", "ete", "@error\n@trace\n@error\n"},
-      {"nor about the dumps", "l", "edt", "@error\n" DUMP "@trace\n"},
+      {"an error first decides nothing about them", "l", "edt", "@error\n" DUMP "@trace\n"},
       {"files that come later change nothing", "", "te+ted", ""},
       {"a trace that is switched on brings the errors with it", "", "e+te", "@trace\n@error\n"},
       {"a dump does not", "", "e+de", DUMP},
       {"files that go later change nothing", "ls", "te-te", "@trace\n@error\n"},
-      {"a log that can't be opened any more is lost", "ls", "te0ted", "no file|"},
       {"the callback takes the trace and nothing else", "ls", "cted", "trace|@error\n" DUMP},
-      {"the callback gives the trace back", "ls", "ctnt", "trace|@trace\n"},
-      {"the callback needs no file", "", "cte", "trace|no file|"},
       {"the callback is heard when the trace is off", "l", "tctnt", "trace|"},
       {"the callback decides nothing", "l", "ctdnt", "trace|" DUMP "@trace\n"},
   };
   for (const Case& c : kCases) {
-    ExpectShown(
-        c.name, c.files, [&] { Do(c.script), ShowLog(); }, c.want);
+    const auto work = [&] { Do(c.script), ShowLog(); };
+    ExpectShown(c.name, c.files, work, c.want);
   }
 }
 
 // ---- Lines --------------------------------------------------------------------------------------
 
-TEST(Log, LineEndsBehindALineGoAndOthersStay) {
-  const auto work = [] {
+TEST(Log, LineEndsBehindALineGoAndLongLinesAreCut) {
+  const std::string x(5000, 'x');
+  const auto in_file = [&x] {
     LogTrace("a\nb\n\n");
     LogError("\n");
-    LogTraceWithData(nullptr, 0, "c\n");
-    P_SetQQ_callback(Show);
-    LogTrace("a\nb\n\n");
     ShowLog();
+    LogError("%s", x.c_str());
+    Show(std::to_string(ReadFile(log_file).find('\n')).c_str());
   };
-  const char* want = "a\nb|@a\nb\n@\n@c\nBINARY DATA START size = 0\n\nBINARY DATA END\n";
-  ExpectShown("", "ls", work, want);
-}
-
-TEST(Log, LongLinesAreCut) {
-  const std::string x(5000, 'x');
-  const auto show_length = [] {
-    std::fprintf(stderr, "%zu|", ReadFile(log_file).find('\n'));
-    std::ofstream(log_file, std::ios::trunc);
-  };
-  const auto in_file = [&] {
-    LogTrace("%s", x.c_str()), show_length();
-    LogError("%s", x.c_str()), show_length();
-  };
-  ExpectShown("in the file with their prefix", "ls", in_file, "2047|2047|");
-  const auto in_callback = [&] {
-    P_SetQQ_callback(ShowLength);
+  ExpectShown("in the file with their prefix", "ls", in_file, "@a\nb\n@\n2047|");
+  const auto in_callback = [&x] {
+    P_SetQQ_callback([](const char* line) { std::fprintf(stderr, "%zu|", std::strlen(line)); });
+    LogTrace("a\nb\n\n");
     for (const int length : {2046, 2047, 2048, 5000}) LogTrace("%.*s", length, x.c_str());
     P_QQ(x.c_str());
     LogTrace("%.2046s\nmore", x.c_str());
   };
-  ExpectShown("for the callback", "", in_callback, "2046|2047|2047|2047|2047|2046|");
+  ExpectShown("for the callback", "", in_callback, "3|2046|2047|2047|2047|2047|2046|");
 }
 
 TEST(Log, DumpsHaveNoCrAndTellTheSizeWithThem) {
   const auto work = [] {
-    LogTraceWithData("\r\na\r\r\n%s\r", 9, "data of %d", 9), ShowLog();
-    LogTraceWithData(nullptr, 5, "null"), ShowLog();
-    LogTraceWithData("x", -1, "negative"), ShowLog();
+    LogTraceWithData("\r\na\r\r\n%s\r", 9, "data of %d", 9);
+    LogTraceWithData(nullptr, 5, "null");
+    LogTraceWithData("x", -1, "negative\n"), ShowLog();
     const std::string data = std::string(65535, 'x') + "\r\n" + std::string(70000, 'y');
     LogTraceWithData(data.data(), std::ssize(data), "long");
     const std::string want = std::string(65535, 'x') + "\n" + std::string(70000, 'y');
@@ -174,69 +170,69 @@ TEST(Log, DumpsHaveNoCrAndTellTheSizeWithThem) {
               "@negative\nBINARY DATA START size = -1\n\nBINARY DATA END\ngood|");
 }
 
-TEST(Log, HasTheTextThatIsLoadedAsAMessage) {
-  const auto work = [] {
-    M_Bodypart* part = M_CreateMessage();
-    M_LoadBodypartFromString(part, "a: b\r\n\r\nc", -1);
-    M_DestroyMessage(part);
-    const std::string log = ReadFile(log_file);
-    const size_t start = log.find("BINARY DATA START");
-    Show(log.substr(start, log.find("END", start) - start).c_str());
-  };
-  ExpectShown("", "ls", work, "BINARY DATA START size = 9\na: b\n\nc\nBINARY DATA |");
-}
-
 TEST(Log, PercentSignsOfAUserNeverAskForArguments) {
-  for (const bool callback : {false, true}) {
-    const auto work = [&] {
-      P_SetQQ_callback(callback ? Show : nullptr);
-      for (const char* text : {"100%% of 50%", "%s %n %*d %m", "%%%", "%%s%%%%", "%", ""})
-        P_QQ(text);
-      P_QQ(nullptr);
-      if (!callback) ShowLog();
-    };
-    ExpectShown(callback ? "callback" : "file", "ls", work,
-                callback ? "100% of 50%|%s %n %*d %m|%%|%s%%|%||"
-                         : "@100% of 50%\n@%s %n %*d %m\n@%%\n@%s%%\n@%\n@\n");
-  }
-}
-
-// The prefix that a line of now gets, as far as its minutes, and what identifies its writer.
-std::string Prefix(pid_t process, pid_t thread) {
-  const time_t now = std::time(nullptr);
-  char date[32], prefix[64];
-  std::strftime(date, sizeof date, "%Y-%m-%d %H:", std::localtime(&now));
-  std::snprintf(prefix, sizeof prefix, "%s..:.. [%08X:%08X] ", date, static_cast<unsigned>(process),
-                static_cast<unsigned>(thread));
-  return prefix;
-}
-
-void ShowWhetherPrefixIs(const std::string& prefix) {
-  std::string line = ReadFile(log_file);
-  line.replace(line.find(':') + 1, 5, "..:..");
-  Show(line == prefix + "text\n" ? "good" : line.c_str());
-}
-
-TEST(Log, PrefixTellsLocalTimeProcessAndThread) {
   const auto work = [] {
-    ::setenv("TZ", "AAA+11", 1);
-    LogError("text");
-    ShowWhetherPrefixIs(Prefix(::getpid(), ::gettid()));
+    for (const auto callback : {P_TraceProc{Show}, P_TraceProc{}}) {
+      P_SetQQ_callback(callback);
+      for (const char* text : {"100%% of 50%", "%s %n %*d %m", "%%%", ""}) P_QQ(text);
+      P_QQ(nullptr);
+    }
+    ShowLog();
   };
-  ExpectShown("", "l", work, "good|");
+  ExpectShown("", "ls", work, "100% of 50%|%s %n %*d %m|%%||@100% of 50%\n@%s %n %*d %m\n@%%\n@\n");
+}
+
+// Whether the only line of the log is of now and of the thread of that number in this process.
+void ShowWhetherPrefixIs(pid_t process, pid_t thread) {
+  const time_t now = std::time(nullptr);
+  char date[32], writer[64];
+  std::strftime(date, sizeof date, "%Y-%m-%d %H:", std::localtime(&now));
+  std::snprintf(writer, sizeof writer, " [%08X:%08X] text\n", static_cast<unsigned>(process),
+                static_cast<unsigned>(thread));
+  const std::string line = ReadFile(log_file);
+  Show(line.starts_with(date) && line.substr(19) == writer ? "good" : line.c_str());
+  std::ofstream(log_file, std::ios::trunc);
 }
 
 // Mail servers fork: who logged before as the parent is another process and another thread now.
-TEST(Log, PrefixTellsTheThreadOfAForkedChild) {
+TEST(Log, PrefixTellsLocalTimeProcessAndThreadAlsoOfAForkedChild) {
   const auto work = [] {
-    LogError("parent");
-    std::ofstream(log_file, std::ios::trunc);
+    ::setenv("TZ", "AAA+11", 1);
+    LogError("text");
+    ShowWhetherPrefixIs(::getpid(), ::gettid());
     const pid_t child = ::fork();
     if (child == 0) LogError("text"), ::_exit(0);
     ::waitpid(child, nullptr, 0);
-    ShowWhetherPrefixIs(Prefix(child, child));
+    ShowWhetherPrefixIs(child, child);
   };
-  ExpectShown("", "l", work, "good|");
+  ExpectShown("", "l", work, "good|good|");
+}
+
+// ---- What mail and callers do wrong -------------------------------------------------------------
+
+TEST(Log, TellsOfHeaderLinesThatArePassedOverOncePerHeader) {
+  const auto work = [] {
+    constexpr std::string_view kMessage = "To: a\nno\x1B[31msense\nmore\nCc: b\n\nx";
+    M_Bodypart* part = M_CreateMessage();
+    M_LoadBodypartFromBuffer(part, kMessage.data(), static_cast<int32_t>(kMessage.size()));
+    ShowLog();
+    M_DestroyMessage(part);
+  };
+  ExpectShown("", "l", work, "@<E> 2 header lines without a colon, the first: no.[31msense\n");
+}
+
+TEST(Log, TellsOfAStreamThatAnotherThreadPositioned) {
+  const auto work = [] {
+    Minstream in(MemorySource{.data = "ab", .length = 2});
+    std::thread([&in] { in.Seek(1); }).join();
+    in.Skip();
+    const std::string line = ReadFile(log_file);
+    char reader[16];
+    std::snprintf(reader, sizeof reader, "id %x ", static_cast<unsigned>(::gettid()));
+    Show(line.find("~<E> thread ") != std::string::npos ? "told" : line.c_str());
+    Show(line.find(reader) != std::string::npos ? "who" : line.c_str());
+  };
+  ExpectShown("", "l", work, "told|who|");
 }
 
 // ---- Handle checks ------------------------------------------------------------------------------
@@ -251,28 +247,19 @@ const char* EndOfReadablePage() {
 }
 
 TEST(Checks, RefuseEveryAddressThatIsNoHandle) {
-  struct Case {
-    const char* name;
-    const void* handle;
-    const char* want;
+  const auto work = [] {
+    const uint32_t tag = 0;
+    const char* end = EndOfReadablePage();
+    const void* const impossible = reinterpret_cast<void*>(UINTPTR_MAX - 7);
+    for (const void* handle :
+         {static_cast<const void*>(nullptr), static_cast<const void*>(&tag),
+          static_cast<const void*>(end - 4), static_cast<const void*>(end - 2), impossible})
+      Show(checkinstream(handle, "") ? "true" : "false"), ShowLog();
   };
-  constexpr const char* kOther = "false|@checkinstream assert failure\n";
-  constexpr const char* kFault = "false|@checkinstream exception\n@checkinstream assert failure\n";
-  const uint32_t tag = 0;
-  const char* end = EndOfReadablePage();
-  const Case cases[] = {
-      {"null", nullptr, kOther},
-      {"another tag", &tag, kOther},
-      {"an address that is never mapped", reinterpret_cast<void*>(16), kFault},
-      {"an impossible address", reinterpret_cast<void*>(UINTPTR_MAX - 7), kFault},
-      {"a page that can't be read", end, kFault},
-      {"half a tag in front of such a page", end - 2, kFault},
-      {"a whole one", end - 4, kOther},
-  };
-  for (const Case& c : cases) {
-    const auto work = [&] { Show(checkinstream(c.handle, "") ? "true" : "false"), ShowLog(); };
-    ExpectShown(c.name, "l", work, c.want);
-  }
+#define REFUSED "@checkinstream assert failure\n"
+#define FAULT "@checkinstream exception\n" REFUSED
+  ExpectShown("", "l", work,
+              "false|" REFUSED "false|" REFUSED "false|" REFUSED "false|" FAULT "false|" FAULT);
 }
 
 TEST(Checks, KnowTheirKindAndTraceAddressAndContext) {
@@ -292,40 +279,25 @@ TEST(Checks, KnowTheirKindAndTraceAddressAndContext) {
 
 // ---- Where the log is ---------------------------------------------------------------------------
 
-TEST(LogFilePathFor, TakesTheFieldBehindTheThirdSemicolon) {
-  struct Case {
-    const char* name;
-    const char* key20;
-    const char* want;
-  };
-  constexpr Case kCases[] = {
-      {"four fields", "a;b;c;/var/log", "/var/log/mimora.err"},
-      {"a slash at the end", "a;b;c;/var/log/", "/var/log/mimora.err"},
-      {"the root folder", "a;b;c;/", "/mimora.err"},
-      {"a later semicolon is part of it", "a;b;c;x;y", "x;y/mimora.err"},
-      {"empty fields in front", ";;;logs", "logs/mimora.err"},
-      {"no semicolon: the file itself", "/x.log", "/x.log"},
-      {"two semicolons: the file itself", "a;b;/c", "a;b;/c"},
-      {"an empty field: the file itself", "a;b;c;", "a;b;c;"},
-      {"nothing", "", ""},
-  };
-  for (const Case& c : kCases) EXPECT_EQ(LogFilePathFor(c.key20), c.want) << c.name;
-}
-
-// A setting that is too long counts as none.
-TEST(Log, FindsTheSwitchFileBesideTheLogFile) {
-  const auto show_for = [](const std::string& key20) {
-    return [key20] {
-      ::setenv("MIMORA_KEY20", key20.c_str(), 1);
-      Show(GetLogFilePath() == key20 ? "itself" : GetLogFilePath().c_str());
-      Show(GetLogSwitchFilePath().c_str());
-    };
-  };
+// A setting of 512 bytes or more counts as none.
+TEST(Log, LiesInTheFolderBehindTheThirdSemicolonAndItsSwitchFileBesideIt) {
   const std::string x(507, 'x');
-  ExpectShown("a folder", "", show_for(";;;/no"), "/no/mimora.err|/no/mimora1.err|");
-  ExpectShown("a file", "", show_for("/no/where.log"), "itself|/no/mimora1.err|");
-  ExpectShown("511 bytes", "", show_for("/no/" + x), "itself|/no/mimora1.err|");
-  ExpectShown("512 bytes", "", show_for("/now/" + x), "/var/log/mimora.err|/var/log/mimora1.err|");
+  const std::pair<std::string, std::string> cases[] = {
+      {"a;b;c;/no/", "/no/mimora.err|/no/mimora1.err|"},
+      {"a;b;c;/", "/mimora.err|/mimora1.err|"},
+      {";;;x;y", "x;y/mimora.err|x;y/mimora1.err|"},
+      {"a;b;/no.log", "a;b;/no.log|a;b;/mimora1.err|"},
+      {"a;b;c;", "a;b;c;|mimora1.err|"},
+      {"/no/" + x, "/no/" + x + "|/no/mimora1.err|"},
+      {"/now/" + x, "/var/log/mimora.err|/var/log/mimora1.err|"},
+  };
+  for (const auto& [key20, want] : cases) {
+    const auto work = [&setting = key20] {
+      ::setenv("MIMORA_KEY20", setting.c_str(), 1);
+      Show(GetLogFilePath().c_str()), Show(GetLogSwitchFilePath().c_str());
+    };
+    ExpectShown(key20, "", work, want);
+  }
 }
 
 }  // namespace

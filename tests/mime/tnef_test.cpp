@@ -58,7 +58,7 @@ using Files = std::vector<std::pair<std::string, int64_t>>;
 Files FilesOf(const std::string& stream, bool* is_tnef = nullptr) {
   Minstream in(MemorySource{.data = stream.data(), .length = std::ssize(stream)});
   std::vector<EmbeddedAttachment> list;
-  const bool known = ReadTnefAttachments(in, std::ssize(stream), list);
+  const bool known = ReadTnefAttachments(in, std::ssize(stream), kMostEmbeddedFiles, list);
   if (is_tnef != nullptr) *is_tnef = known;
   Files files;
   for (const EmbeddedAttachment& file : list) {

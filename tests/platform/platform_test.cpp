@@ -65,6 +65,9 @@ TEST(RecodeToUtf8, KnowsTheCharsetsOfMail) {
       {"shift_jis", "\x83\x65", "\xE3\x83\x86"},
       {"iso-2022-jp", "\x1B$B%F\x1B(B", "\xE3\x83\x86"},
       {"us-ascii", "a", "a"},
+      // A letter is held back as long as an accent may follow it.
+      {"windows-1258", "aa", "aa"},
+      {"windows-1258", "a\xCC", "\xC3\xA0"},
       {"utf-8//IGNORE", "a", nullptr},
       {"../../x", "a", nullptr},
       {"", "a", nullptr},

@@ -3,7 +3,9 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <limits>
 #include <stdexcept>
 #include <thread>
@@ -363,13 +365,17 @@ TEST(Lock, IsForOneThreadAndAsOftenAsItLikes) {
   Minstream in(MemorySource{});
   in.Lock();
   in.Lock();
-  bool entered = false;
+  std::atomic<bool> started{false};
+  std::atomic<bool> entered{false};
   std::thread other([&] {
+    started = true;
     in.Lock();
     entered = true;
     in.Unlock();
   });
+  while (!started) std::this_thread::yield();
   in.Unlock();
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
   EXPECT_FALSE(entered);
   in.Unlock();
   other.join();

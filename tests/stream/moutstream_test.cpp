@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "diag/result.h"
@@ -22,12 +21,14 @@
 namespace mimora::testing {
 namespace {
 
+using Blocks = std::vector<std::string>;
+
 // A callback that keeps what it gets and from its FAIL_AT-th call on fails as it is told.
 struct Sink {
   int fail_at = INT_MAX;
   int64_t result = -1;
   int error = ENOSPC;
-  std::vector<std::string> blocks = {};
+  Blocks blocks = {};
 
   CallbackSink Writing() { return {.context = reinterpret_cast<intptr_t>(this), .write = Write}; }
   static int64_t Write(intptr_t context, const void* data, int64_t length) {
@@ -39,11 +40,7 @@ struct Sink {
   }
 };
 
-using Blocks = std::vector<std::string>;
-
-// ---- Memory -------------------------------------------------------------------------------------
-
-TEST(MoutstreamMemory, DoublesUpToAMillionAndThenGrowsModerately) {
+TEST(MoutstreamMemory, DoublesUpToAMillionThenGrowsModeratelyAndEndsInAZero) {
   struct GrowthCase {
     const char* name;
     int64_t capacity;
@@ -52,23 +49,23 @@ TEST(MoutstreamMemory, DoublesUpToAMillionAndThenGrowsModerately) {
     int64_t want;  // capacity afterwards
   };
   constexpr GrowthCase kCases[] = {
-      {"the first byte", 0, 0, 1, 1024},
       {"less than a kilobyte is added as one", 100, 99, 1, 1124},
-      {"a small one doubles", 2000, 1999, 1, 4000},
       {"the last byte already makes it grow", 2000, 0, 2000, 4000},
       {"up to the last byte it does not", 2000, 0, 1999, 2000},
-      {"a large block", 2000, 1000, 50000, 52000},
       {"a million doubles", 1000000, 999999, 1, 2000000},
-      {"beyond it is a million and four per cent", 2000000, 1999999, 1, 3080000},
-      {"far beyond it", 10000000, 9999999, 1, 11400000},
       {"just beyond it doubling is less", 1000001, 1000000, 1, 2000002},
+      {"beyond it is a million and four per cent", 2000000, 1999999, 1, 3080000},
       {"a larger block than four per cent", 2000000, 0, 2000000, 4000000},
   };
   for (const GrowthCase& c : kCases) {
     SCOPED_TRACE(c.name);
     Moutstream out(MemorySink{}, c.capacity);
-    EXPECT_TRUE(out.WriteText(std::string(static_cast<size_t>(c.filled), 'a')));
-    EXPECT_TRUE(out.WriteText(std::string(static_cast<size_t>(c.write), 'b')));
+    const std::string first(static_cast<size_t>(c.filled), 'a');
+    const std::string second(static_cast<size_t>(c.write), 'b');
+    EXPECT_TRUE(out.WriteText(first));
+    EXPECT_TRUE(out.WriteText(second));
+    EXPECT_TRUE(out.GetBuffer() == first + second);
+    EXPECT_EQ(out.GetBuffer().data()[c.filled + c.write], '\0');
     // The heap rounds up, large blocks to pages.
     const size_t size = ::malloc_usable_size(const_cast<char*>(out.GetBuffer().data()));
     EXPECT_GE(size, static_cast<size_t>(c.want) + 1);
@@ -76,28 +73,17 @@ TEST(MoutstreamMemory, DoublesUpToAMillionAndThenGrowsModerately) {
   }
 }
 
-TEST(Moutstream, WritesLinesWithCrLf) {
-  Moutstream out(MemorySink{});
-  EXPECT_TRUE(out.WriteLine("a"));
-  EXPECT_TRUE(out.WriteLine(""));
-  EXPECT_EQ(TextOf(out), "a\r\n\r\n");
-}
-
-// ---- Buffered -----------------------------------------------------------------------------------
+// ---- Callbacks ----------------------------------------------------------------------------------
 
 TEST(MoutstreamCallback, HandsOnFullBuffersAndTheRestWhenFlushed) {
   Sink sink;
   Moutstream out(sink.Writing(), 4);
   EXPECT_TRUE(out.WriteText("abcd"));
   EXPECT_EQ(sink.blocks, Blocks{}) << "a full buffer waits for the next byte";
-  EXPECT_EQ(out.WritePos(), 4);
-  EXPECT_TRUE(out.WriteChar('e'));
-  EXPECT_EQ(sink.blocks, Blocks{"abcd"});
-  EXPECT_TRUE(out.WriteText("fghijklmn"));
+  EXPECT_TRUE(out.WriteText("efghijklmn"));
   EXPECT_EQ(sink.blocks, (Blocks{"abcd", "efgh", "ijkl"}));
   EXPECT_EQ(out.WritePos(), 14);
-  EXPECT_TRUE(out.FlushBuffer());
-  EXPECT_TRUE(out.FlushBuffer());
+  for (int i = 0; i < 2; ++i) EXPECT_TRUE(out.FlushBuffer());
   EXPECT_EQ(sink.blocks, (Blocks{"abcd", "efgh", "ijkl", "mn"}));
   EXPECT_EQ(out.WritePos(), 14);
 }
@@ -110,9 +96,10 @@ TEST(MoutstreamCallback, KeepsItsFirstErrorAndRefusesEverythingAfterIt) {
     int want;
   };
   constexpr ErrorCase kCases[] = {
-      {"refused", -1, ENOSPC, ENOSPC},      {"written in part", 1, EDQUOT, EDQUOT},
-      {"nothing written", 0, EPIPE, EPIPE}, {"more than there was", 5, EFBIG, EFBIG},
-      {"no reason given", 1, 0, EIO},
+      {"refused", -1, ENOSPC, ENOSPC},
+      {"written in part", 1, EDQUOT, EDQUOT},
+      {"more than there was", 5, EFBIG, EFBIG},
+      {"no reason given", 0, 0, EIO},
   };
   for (const ErrorCase& c : kCases) {
     SCOPED_TRACE(c.name);
@@ -120,13 +107,11 @@ TEST(MoutstreamCallback, KeepsItsFirstErrorAndRefusesEverythingAfterIt) {
     {
       Moutstream out(sink.Writing(), 4);
       EXPECT_TRUE(out.WriteText("abcdef"));
-      EXPECT_EQ(out.GetError(), 0);
       EXPECT_FALSE(out.FlushBuffer());
       EXPECT_EQ(out.GetError(), c.want);
       sink.error = EBADF;
       EXPECT_FALSE(out.WriteChar('j'));
       EXPECT_FALSE(out.WriteText("k"));
-      EXPECT_FALSE(out.WriteLine("l"));
       EXPECT_FALSE(out.FlushBuffer());
       EXPECT_EQ(out.GetError(), c.want);
     }
@@ -137,45 +122,22 @@ TEST(MoutstreamCallback, KeepsItsFirstErrorAndRefusesEverythingAfterIt) {
 TEST(MoutstreamCallback, IsFlushedAtTheEndOnlyWithAContext) {
   static Blocks written;
   written.clear();
-  const auto write = [](intptr_t context, const void* data, int64_t length) {
-    written.push_back(std::to_string(context) +
-                      std::string(static_cast<const char*>(data), static_cast<size_t>(length)));
+  const auto write = [](intptr_t context, const void*, int64_t length) {
+    written.push_back(std::to_string(context));
     return length;
   };
   for (const intptr_t context : {0, -1, 1, -2})
     Moutstream(CallbackSink{.context = context, .write = write}, 8).WriteText("abc");
-  EXPECT_EQ(written, (Blocks{"1abc", "-2abc"}));
-  written.clear();
-  Moutstream out(CallbackSink{.context = 0, .write = write}, 8);
-  out.WriteText("abc");
-  EXPECT_TRUE(out.FlushBuffer());
-  EXPECT_EQ(written, Blocks{"0abc"});
-}
-
-TEST(MoutstreamCounting, OnlyCounts) {
-  Moutstream out(CountingSink{});
-  EXPECT_TRUE(out.WriteText(std::string(100000, 'x')));
-  EXPECT_TRUE(out.WriteLine("y"));
-  out.Count(int64_t{1} << 40);
-  EXPECT_TRUE(out.FlushBuffer());
-  EXPECT_EQ(out.WritePos(), (int64_t{1} << 40) + 100003);
-  EXPECT_EQ(out.GetBuffer(), "");
+  EXPECT_EQ(written, (Blocks{"1", "-2"}));
 }
 
 // ---- Files --------------------------------------------------------------------------------------
 
 TEST(MoutstreamFile, ReplacesTheFileAndIsFlushedAtTheEnd) {
-  for (const int64_t size : {-1, 0, 1, 7, 4096}) {
-    SCOPED_TRACE(::testing::Message() << "buffer of " << size);
+  for (const int64_t size : {-1, 0, 1, 7}) {
     const TextFile file("what was there before");
-    {
-      Moutstream out(FileSink{.name = file.Name()}, size);
-      EXPECT_TRUE(out.IsOpen());
-      EXPECT_EQ(ReadFile(file.Name()), "");
-      EXPECT_TRUE(out.WriteText("some bytes"));
-      EXPECT_EQ(out.WritePos(), 10);
-    }
-    EXPECT_EQ(ReadFile(file.Name()), "some bytes");
+    Moutstream(FileSink{.name = file.Name()}, size).WriteText("some bytes");
+    EXPECT_EQ(ReadFile(file.Name()), "some bytes") << "buffer of " << size;
   }
 }
 
@@ -198,21 +160,13 @@ TEST(MoutstreamFile, WithoutANameIsATemporaryOneThatStaysForItsOwnerAlone) {
 }
 
 TEST(MoutstreamFile, KeepsTheReasonWhenItCannotBeOpenedOrWritten) {
-  struct Case {
-    const char* name;
-    int32_t open_error;
-    int32_t error;
-  };
-  for (const Case& c : {Case{"/nonexistent/file", ENOENT, ENOENT}, Case{"/", EISDIR, EISDIR},
-                        Case{"/dev/full", 0, ENOSPC}}) {
-    SCOPED_TRACE(c.name);
-    Moutstream out(FileSink{.name = c.name}, 4);
-    EXPECT_EQ(out.GetError(), c.open_error);
-    EXPECT_EQ(out.IsOpen(), c.open_error == 0);
-    EXPECT_FALSE(out.WriteText("abcde"));
-    EXPECT_FALSE(out.FlushBuffer());
-    EXPECT_EQ(out.GetError(), c.error);
-  }
+  Moutstream missing(FileSink{.name = "/nonexistent/file"}, 4);
+  Moutstream full(FileSink{.name = "/dev/full"}, 4);
+  EXPECT_EQ(missing.GetError(), ENOENT);
+  EXPECT_TRUE(full.IsOpen() && !missing.IsOpen());
+  for (Moutstream* out : {&missing, &full}) EXPECT_FALSE(out->WriteText("abcde"));
+  EXPECT_EQ(missing.GetError(), ENOENT);
+  EXPECT_EQ(full.GetError(), ENOSPC);
 }
 
 // A daemon that closed its standard input gets the descriptor 0 for its next file.
@@ -241,11 +195,9 @@ TEST(CopyStream, CopiesUpToTheLengthTheEndOrADelimiter) {
     std::string_view want;
   };
   constexpr CopyCase kCases[] = {
-      {"everything", kWholeStream, 0, "", kText},
       {"from the middle", kWholeStream, 5, "", kText.substr(5)},
       {"a length", 4, 1, "", kText.substr(1, 4)},
       {"more than there is", 1000, 0, "", kText},
-      {"nothing", 0, 0, "", ""},
       {"less than nothing", -1, 0, "", ""},
       {"up to a delimiter", kWholeStream, 0, "--b", "one\r\ntwo"},
       {"a length in front of a delimiter", 6, 0, "--b", "one\r\nt"},
@@ -281,9 +233,6 @@ TEST(CopyStream, TellsWhichSideFailed) {
     // A stream with an old error takes nothing, not even nothing.
     EXPECT_EQ(CopyStream(in, out, 0), at < std::ssize(kText) ? kWriteFailed : kOk);
   }
-  Minstream missing(FileSource{.name = "/nonexistent/file"}, 64);
-  Moutstream out(MemorySink{});
-  EXPECT_EQ(CopyStream(missing, out, kWholeStream), kReadFailed);
 }
 
 }  // namespace

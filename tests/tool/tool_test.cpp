@@ -12,7 +12,6 @@
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +19,8 @@
 namespace {
 
 using nlohmann::json;
+using testing::IsNotSubstring;
+using testing::IsSubstring;
 
 struct Outcome {
   int status = -1;
@@ -68,8 +69,7 @@ class Tool : public testing::Test {
     setenv("T", std::filesystem::absolute(MIMORA_TOOL).c_str(), 1);
     setenv("E", std::filesystem::absolute(Examples()).c_str(), 1);
     setenv("LC_ALL", "C.UTF-8", 1);
-    for (const char* letter : {"letter.eml", "headers", "--json"})
-      std::ofstream(folder_ / letter, std::ios::binary) << kLetter;
+    std::ofstream(folder_ / "letter.eml", std::ios::binary) << kLetter;
     std::ofstream(folder_ / "hostile.eml", std::ios::binary) << kHostile;
     std::ofstream(folder_ / "empty.eml");
   }
@@ -101,19 +101,17 @@ struct CommandCase {
 
 // clang-format off
 const CommandCase kCommands[] = {
-    {"tree with names, sizes and places", "$T show letter.eml", 0,
-     {"letter.eml, 285 bytes\n  From:    Ema <ema@example.org>\n  Subject: one two\n\n",
-      "\nmessage  multipart/mixed  -                 -         ",
-      "\n└─ 1     text/plain       Quoted-Printable  US-ascii        5    9        115  265+9  ",
-      "  a.txt\n"}, {}, {"  Date:"}},
-    {"nested multiparts", "$T show $E/newsletter.eml", 0,
-     {"\n├─ 1 ", "\n└─ 2 ", "\n   ├─ 2.1 ", "\n   └─ 2.2 ", "seedlings.png\n"}, {}, {"damaged"}},
+    {"tree with names, sizes and places", "$T show letter.eml", 0, {
+      "letter.eml, 285 bytes\n"
+      "  From:    Ema <ema@example.org>\n"
+      "  Subject: one two\n\n"
+      "PART     TYPE             ENCODING          CHARSET   DECODED  RAW  HEADER AT  BODY AT  NAME\n"
+      "message  multipart/mixed  -                 -               -  177          0  108+177\n"
+      "└─ 1     text/plain       Quoted-Printable  US-ascii        5    9        115  265+9    a.txt\n"}},
     {"tree without UTF-8", "LC_ALL=C $T show $E/newsletter.eml", 0,
      {"\n|- 1 ", "\n`- 2 ", "\n   |- 2.1 "}, {}, {"\xE2"}},
     {"message in a message", "$T show $E/forwarded.eml", 0,
      {"\n└─ 2 ", "\n   └─ 2.TEXT ", "\n      ├─ 2.1 ", "\n      └─ 2.2 "}},
-    {"uuencoded files", "$T show $E/uuencoded.eml", 0,
-     {"\n├─ embedded file 1, 774 bytes\n", "└─ embedded file 2, 261 bytes\n"}},
     {"files of a TNEF body", "$T show $E/tnef.eml", 0,
      {"\n   ├─ embedded file 1, ", "\n   └─ embedded file 2, "}, {}, {"embedded file 3"}},
     {"damage is shown and no failure", "$T show $E/broken-no-boundary.eml", 0,
@@ -123,24 +121,19 @@ const CommandCase kCommands[] = {
     {"missing file among others", "$T show letter.eml gone.eml $E/invoice.eml", 1,
      {"letter.eml, ", "invoice.eml, "}, {"mimora: gone.eml: No such file or directory\n"}},
     {"folder", "$T show .", 1, {}, {"mimora: .: Is a directory\n"}},
-    {"pipe by its name", "cat letter.eml | $T show /dev/stdin", 0,
-     {"/dev/stdin, 285 bytes", "a.txt"}},
     {"standard input", "$T show - <letter.eml", 0, {"-, 285 bytes", "a.txt"}},
-    {"names that look like arguments", "$T show -- --json headers", 0,
-     {"--json, 285", "headers, 285"}},
     {"hostile texts in the tree", "$T show hostile.eml", 0,
      {R"(  Subject: \x1B[2J\xC2\x9B31mé\xFF)", R"(\xE2\x80\xAEgpj.exe)"}, {},
      {"\x1B", "\x9B", "\xFF", "\xAE"}},
     {"hostile texts without UTF-8", "LC_ALL=C $T show hostile.eml", 0,
      {R"(31m\xC3\xA9\xFF)"}, {}, {"\xC3"}},
-    {"hostile file name in an error", "$T show \"$(printf 'a\\033[2J')\"", 1, {},
-     {R"(mimora: a\x1B[2J: No such file)"}, {"\x1B"}},
     {"header on a terminal", "script -qec '$T headers hostile.eml' /dev/null", 0,
      {R"(Subject: \x1B[2J\xC2\x9B31mé\xFF)"}, {}, {"\x1B", "\xFF"}},
-    {"header for programs", "$T headers hostile.eml", 0,
-     {"Subject: \x1B[2J\xC2\x9B" "31m\xC3\xA9\xFF\n"}, {}, {"\r"}},
-    {"header of a part", "$T headers --part 2 $E/forwarded.eml", 0,
-     {"Content-Description: forwarded message\n"}, {}, {"Subject:"}},
+    {"header for programs, folded as it was", "$T headers letter.eml", 0,
+     {"From: Ema <ema@example.org>\nSubject: one\n\ttwo\nX-Empty:\n"
+      "Content-Type:\n multipart/mixed; boundary=cut\n"}, {}, {"\r"}},
+    {"hostile header for programs", "$T headers hostile.eml", 0,
+     {"Subject: \x1B[2J\xC2\x9B" "31m\xC3\xA9\xFF\n"}},
     {"header of an enclosed message", "$T headers $E/forwarded.eml --part 2.TEXT", 0,
      {"\nSubject: Rain gauges, January and February\n"}, {}, {"Fwd:"}},
     {"the one body of a message", "$T headers hostile.eml --part 1", 0, {"Subject: "}},
@@ -148,17 +141,13 @@ const CommandCase kCommands[] = {
      {"newsletter.eml <==\nContent-Type: image/png"},
      {"mimora: letter.eml: there is no part 2.2\n"}, {"letter.eml <==\nContent-Type: text"}},
     {"part number that is none", "$T headers --part 1..2 letter.eml", 2, {}, {"1..2"}, {"From"}},
-    {"empty part number", "$T headers --part= letter.eml", 2, {}, {"--part"}, {"From"}},
     {"no command", "$T", 2, {}, {"mimora: ", "--help"}},
-    {"unknown command", "$T look letter.eml", 2, {}, {"mimora: "}},
     {"no file", "$T show", 2, {}, {"FILE is required"}},
     {"unknown option", "$T show --jsn letter.eml", 2, {}, {"--jsn"}, {"letter.eml"}},
     {"help", "$T --help", 0, {"Examples:\n", "show", "headers"}},
-    {"help of a command", "$T headers --help", 0, {"--part NUMBER"}},
     {"version", "$T --version", 0, {"mimora 1."}},
     {"full disk", "$T show letter.eml >/dev/full", 1, {},
      {"mimora: standard output: No space left on device\n"}},
-    {"full disk for help", "$T --help >/dev/full", 1, {}, {"No space left"}},
     {"reader gone", "{ sleep 0.2; $T show letter.eml; echo status $? >&2; } | :", 0, {},
      {"mimora: standard output: Broken pipe\nstatus 1\n"}},
 };
@@ -169,96 +158,18 @@ TEST_F(Tool, CommandLinesAnswerWithStatusAndTexts) {
     SCOPED_TRACE(c.name);
     const Outcome got = Run(c.command);
     EXPECT_EQ(got.status, c.status) << got.err;
-    for (const std::string& text : c.out)
-      EXPECT_NE(got.out.find(text), std::string::npos) << text << "\nis not in\n" << got.out;
-    for (const std::string& text : c.err)
-      EXPECT_NE(got.err.find(text), std::string::npos) << text << "\nis not in\n" << got.err;
+    for (const std::string& text : c.out) EXPECT_PRED_FORMAT2(IsSubstring, text, got.out);
+    for (const std::string& text : c.err) EXPECT_PRED_FORMAT2(IsSubstring, text, got.err);
     for (const std::string& text : c.absent)
-      EXPECT_EQ((got.out + got.err).find(text), std::string::npos) << text << "\nis in\n"
-                                                                   << got.out;
+      EXPECT_PRED_FORMAT2(IsNotSubstring, text, got.out + got.err);
     EXPECT_EQ(got.err.empty(), c.err.empty() && c.status == 0) << got.err;
   }
-}
-
-TEST_F(Tool, HeadersKeepFoldingAndTheMissingSpace) {
-  EXPECT_EQ(Run("$T headers letter.eml").out,
-            "From: Ema <ema@example.org>\n"
-            "Subject: one\n\ttwo\n"
-            "X-Empty:\n"
-            "Content-Type:\n multipart/mixed; boundary=cut\n");
-}
-
-TEST_F(Tool, ColumnsStandUnderEachOther) {
-  std::istringstream tree(Run("LC_ALL=C $T show $E/newsletter.eml | sed '1,/^$/d'").out);
-  std::string row;
-  ASSERT_TRUE(std::getline(tree, row));
-  const size_t column = row.find("TYPE");
-  ASSERT_NE(column, std::string::npos) << row;
-  int rows = 0;
-  for (; std::getline(tree, row); ++rows) {
-    ASSERT_GT(row.size(), column);
-    EXPECT_TRUE(row[column - 1] == ' ' && row[column] != ' ' && row.back() != ' ') << row;
-  }
-  EXPECT_EQ(rows, 5);
 }
 
 std::string Outline(const json& node) {
   std::string text = node["part"].get<std::string>() + " " + node["type"].get<std::string>();
   for (const json& child : node["children"]) text += "|" + Outline(child);
   return text;
-}
-
-TEST_F(Tool, JsonTreesHaveTheirPartsAndTypes) {
-  constexpr struct {
-    const char* file;
-    const char* outline;
-  } kTrees[] = {
-      {"newsletter.eml",
-       " multipart/alternative|1 text/plain|2 multipart/related|2.1 text/html|2.2 image/png"},
-      {"invoice.eml", " multipart/mixed|1 text/plain|2 application/pdf"},
-      {"forwarded.eml",
-       " multipart/mixed|1 text/plain|2 message/rfc822|2.TEXT multipart/mixed|2.1 text/plain"
-       "|2.2 text/csv"},
-      {"bounce.eml",
-       " multipart/report|1 text/plain|2 message/delivery-status|2.1 text/plain"
-       "|3 message/rfc822|3.1 text/plain"},
-      {"uuencoded.eml", " text/plain"},
-      {"tnef.eml", " multipart/mixed|1 text/plain|2 application/ms-tnef"},
-      {"broken-unclosed.eml",
-       " multipart/mixed|1 multipart/alternative|1.1 text/plain|1.2 text/html|2 image/png"},
-      {"broken-cut-off.eml", " multipart/mixed|1 text/plain|2 image/png"},
-      {"broken-no-boundary.eml", " multipart/mixed"},
-  };
-  std::string command = "$T show --json";
-  for (const auto& tree : kTrees) command += std::string(" $E/") + tree.file;
-  const json messages = json::parse(Run(command).out, nullptr, false);
-  ASSERT_EQ(messages.size(), std::size(kTrees));
-  for (size_t i = 0; i < messages.size(); ++i) {
-    SCOPED_TRACE(kTrees[i].file);
-    EXPECT_EQ(Outline(messages[i]["message"]), kTrees[i].outline);
-    EXPECT_EQ(messages[i]["result"], i + 1 == std::size(kTrees) ? 0x2000025D : 0);
-  }
-}
-
-TEST_F(Tool, JsonNodeTellsWhatTheHeaderDeclares) {
-  const json got = json::parse(Run("$T show --json letter.eml").out, nullptr, false);
-  const json want = {{"part", "1"},
-                     {"type", "text/plain"},
-                     {"name", "a.txt"},
-                     {"charset", "US-ascii"},
-                     {"header_offset", 115},
-                     {"encoding", "Quoted-Printable"},
-                     {"header_size", 150},
-                     {"body_offset", 265},
-                     {"disposition", "inline"},
-                     {"body_size", 9},
-                     {"decoded_size", 5},
-                     {"embedded", json::array()},
-                     {"children", json::array()}};
-  EXPECT_EQ(got.at(0).at("message").at("children").at(0), want);
-  const json root = got[0]["message"];
-  for (const char* missing : {"name", "charset", "encoding", "disposition", "decoded_size"})
-    EXPECT_TRUE(root.at(missing).is_null()) << missing;
 }
 
 // The header ends in an empty line and its body begins there, and parts lie inside the body of
@@ -281,12 +192,45 @@ void ExpectPlaces(const json& node, const std::string& source) {
   EXPECT_LE(free, body + size);
 }
 
-TEST_F(Tool, PlacesOfPartsPointIntoTheFile) {
-  for (const char* name : {"newsletter.eml", "forwarded.eml", "bounce.eml", "broken-cut-off.eml"}) {
-    SCOPED_TRACE(name);
-    const json got = json::parse(Run(std::string("$T show --json $E/") + name).out, nullptr, false);
-    ExpectPlaces(got.at(0).at("message"), ReadFile(Examples() / name));
+TEST_F(Tool, JsonTreesHaveTheirPartsAndTypesAndPlacesInTheFile) {
+  constexpr struct {
+    const char* file;
+    const char* outline;
+  } kTrees[] = {
+      {"newsletter.eml",
+       " multipart/alternative|1 text/plain|2 multipart/related|2.1 text/html|2.2 image/png"},
+      {"forwarded.eml",
+       " multipart/mixed|1 text/plain|2 message/rfc822|2.TEXT multipart/mixed|2.1 text/plain"
+       "|2.2 text/csv"},
+      {"broken-cut-off.eml", " multipart/mixed|1 text/plain|2 image/png"},
+      {"tnef.eml", " multipart/mixed|1 text/plain|2 application/ms-tnef"},
+      {"broken-unclosed.eml",
+       " multipart/mixed|1 multipart/alternative|1.1 text/plain|1.2 text/html|2 image/png"},
+      {"broken-no-boundary.eml", " multipart/mixed"},
+  };
+  std::string command = "$T show --json";
+  for (const auto& tree : kTrees) command += std::string(" $E/") + tree.file;
+  const json messages = json::parse(Run(command).out, nullptr, false);
+  ASSERT_EQ(messages.size(), std::size(kTrees));
+  for (size_t i = 0; i < messages.size(); ++i) {
+    SCOPED_TRACE(kTrees[i].file);
+    EXPECT_EQ(Outline(messages[i]["message"]), kTrees[i].outline);
+    ExpectPlaces(messages[i]["message"], ReadFile(Examples() / kTrees[i].file));
+    EXPECT_EQ(messages[i]["result"], i + 1 == std::size(kTrees) ? 0x2000025D : 0);
   }
+}
+
+TEST_F(Tool, JsonNodeTellsWhatTheHeaderDeclares) {
+  const json got = json::parse(Run("$T show --json letter.eml").out, nullptr, false);
+  const json want = json::parse(R"({
+      "part": "1", "type": "text/plain", "name": "a.txt", "charset": "US-ascii",
+      "encoding": "Quoted-Printable", "disposition": "inline", "header_offset": 115,
+      "header_size": 150, "body_offset": 265, "body_size": 9, "decoded_size": 5,
+      "embedded": [], "children": []})");
+  EXPECT_EQ(got.at(0).at("message").at("children").at(0), want);
+  const json root = got[0]["message"];
+  for (const char* missing : {"name", "charset", "encoding", "disposition", "decoded_size"})
+    EXPECT_TRUE(root.at(missing).is_null()) << missing;
 }
 
 TEST_F(Tool, JsonKeepsAPlaceForEachFile) {
