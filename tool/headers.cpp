@@ -75,7 +75,7 @@ int HeadersAsText(const Arguments& arguments, Output& out) {
         M_Bodypart* part = SelectPart(message, arguments.part);
         if (titles) {
           out.Write(std::exchange(gap, "\n"));
-          out.Write("==> " + FieldText(message.Path(), out) + " <==\n");
+          out.Write("==> " + OneLine(message.Path(), out.IsUtf8()) + " <==\n");
         }
         PrintFields(part, out);
       },

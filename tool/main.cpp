@@ -1,7 +1,6 @@
 // Copyright (c) 2026 the mimora developers.
 #include <mimora/mimora.h>
 
-#include <csignal>
 #include <exception>
 #include <new>
 #include <sstream>
@@ -71,8 +70,6 @@ int RunGuarded(int argc, const char* const* argv, Output& out) {
 
 int main(int argc, char** argv) {
   using mimora::tool::Output;
-  // A reader that goes away early is reported like any other failure to write.
-  std::signal(SIGPIPE, SIG_IGN);
   Output out;
   try {
     const int status = mimora::tool::RunGuarded(argc, argv, out);

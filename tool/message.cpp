@@ -19,7 +19,6 @@ struct ResultText {
 constexpr ResultText kResults[] = {
     {MIMORA_OK, true, ""},
     {MIMORA_E_HEADER_CUT, true, "the data ends inside the header"},
-    {MIMORA_E_HEADER_ODD, true, "the header holds lines that are no header fields"},
     {MIMORA_E_NO_BOUNDARY, true, "a multipart without boundary is kept as one body"},
     {MIMORA_E_HEADER, false, "the header cannot be read"},
     {MIMORA_E_READ, false, "the data cannot be read to its end"},

@@ -93,7 +93,7 @@ int ForEachMessage(const std::vector<std::string>& paths, Output& out, Visit vis
       visit(*OpenMessage(path));
     } catch (const MessageError& error) {
       status = 1;
-      out.ReportError(path, error.what());
+      out.ReportError(path.empty() ? "''" : path, error.what());
       fail(path, error);
     }
   }

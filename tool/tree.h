@@ -22,7 +22,7 @@ struct PartNode {
   M_Bodypart* part = nullptr;  // belongs to the message
   std::string number;
   std::string type;  // lower case
-  // As they stand in the header; missing when it does not declare them.
+  // As the header declares them, quotes and RFC 2231 undone; missing when it does not.
   std::optional<std::string> name, encoding, charset, disposition;
   int64_t header_offset = 0;
   int64_t body_offset = 0;

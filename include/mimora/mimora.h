@@ -126,7 +126,7 @@ typedef void(MIMORA_CALL *P_TraceProc)(const char *line);
 #define MIMORA_E_NOT_OPEN 0x20000259     /* stream missing or not open */
 #define MIMORA_E_HEADER 0x2000025A       /* header unreadable */
 #define MIMORA_E_HEADER_CUT 0x2000025B   /* data ended inside the header; kept */
-#define MIMORA_E_HEADER_ODD 0x2000025C   /* tolerated header fault; kept */
+#define MIMORA_E_HEADER_ODD 0x2000025C   /* reserved: no call answers it */
 #define MIMORA_E_NO_BOUNDARY 0x2000025D  /* multipart without boundary; kept */
 #define MIMORA_E_UNCLASSIFIED 0x200003E7 /* any other failure */
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "platform/ascii.h"
 #include "stream/scan.h"
@@ -51,6 +52,12 @@ bool IsDataLine(std::string_view line) {
          std::all_of(line.begin(),
                      line.begin() + static_cast<std::ptrdiff_t>(std::min(needed + 1, line.size())),
                      in_alphabet);
+}
+
+// Whether a data line has all characters that its bytes need: prose hardly ever does.
+bool IsWhole(std::string_view line) {
+  line = TrimRight(line, IsBlank);
+  return !line.empty() && line.size() - 1 >= (4 * ValueOf(line.front()) + 2) / 3;
 }
 
 // A line of blanks only is one of no bytes, whatever blanks they are.
@@ -131,39 +138,37 @@ void UuDecoder::EndLine(std::string_view line) {
 
 // ---- Blocks inside a text -------------------------------------------------------------------
 
-// The next line that may open a block: one that begins with "be", or with a "b" at the very end.
-const char* UuScanner::SkipText(const char* begin, const char* end) const {
+// How far it is to the next line that may open a block: one that begins with "be", or with a "b" at
+// the very end.
+size_t UuScanner::DistanceToBegin(std::string_view text) const {
+  const char* begin = text.data();
+  const char* end = begin + text.size();
   const auto at_line_start = [&](const char* p) { return IsLineEnd(p > begin ? p[-1] : last_); };
   for (const char* p = begin; (p = FindPair(p, end, 'b', 'e')) < end; ++p) {
-    if (at_line_start(p)) return p;
+    if (at_line_start(p)) return static_cast<size_t>(p - begin);
   }
-  return end[-1] == 'b' && at_line_start(end - 1) ? end - 1 : end;
+  const bool may_begin = text.ends_with('b') && at_line_start(end - 1);
+  return may_begin ? text.size() - 1 : text.size();
+}
+
+void UuScanner::Pass(std::string_view& text, size_t count) {
+  if (count == 0) return;
+  last_ = text[count - 1];
+  position_ += static_cast<int64_t>(count);
+  text.remove_prefix(count);
 }
 
 void UuScanner::Feed(std::string_view text) {
-  const char* p = text.data();
-  const char* end = p + text.size();
-  const int64_t start = position_;
-  while (p < end) {
-    if (block_just_ended_ && last_ == '\r' && *p == '\n') {
+  while (!text.empty()) {
+    if (std::exchange(block_just_ended_, false) && last_ == '\r' && text.front() == '\n') {
       ++blocks_.back().length;
       ++inside_;
-      last_ = *p++;
+      Pass(text, 1);
     }
-    block_just_ended_ = false;
-    position_ = start + (p - text.data());
-    if (!in_block_ && lines_.Complete() && p < end) {
-      const char* line = SkipText(p, end);
-      if (line > p) last_ = line[-1];
-      p = line;
-      position_ = start + (p - text.data());
-    }
-    if (p == end) break;
+    if (!in_block_ && lines_.Complete()) Pass(text, DistanceToBegin(text));
+    if (text.empty()) break;
     if (lines_.Complete()) line_start_ = position_;
-    const size_t taken = lines_.Take({p, static_cast<size_t>(end - p)});
-    p += taken;
-    last_ = p[-1];
-    position_ = start + (p - text.data());
+    Pass(text, lines_.Take(text));
     if (lines_.Complete()) EndLine(lines_.Line(), lines_.Cut());
   }
 }
@@ -174,14 +179,16 @@ void UuScanner::Finish() {
 
 void UuScanner::EndLine(std::string_view line, bool cut) {
   if (in_block_ && !cut) {
-    if (IsEnd(line)) return EndBlock();
+    if (IsEnd(line) && looks_real_) return EndBlock();
     if (IsDataLine(line)) {
       open_.decoded_size += static_cast<int64_t>(DecodedSize(line));
+      looks_real_ = looks_real_ || IsWhole(line);
       return;
     }
   }
   const auto name = cut ? std::nullopt : ParseBegin(line);
   in_block_ = name && blocks_.size() < most_;
+  looks_real_ = false;
   if (in_block_) open_ = {.name = std::string(*name), .offset = line_start_};
 }
 

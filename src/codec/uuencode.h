@@ -19,9 +19,9 @@ namespace mimora {
 // show as an empty line. Of a line only the first kLongestUuLine bytes are kept.
 class UuLines {
  public:
-  // Takes bytes up to the end of the line; tells how many. Line() is complete when that is more
-  // than none and Complete() says so.
+  // Takes bytes through the end of the line, as far as they are there; tells how many.
   size_t Take(std::string_view text);
+  // Whether the end of the line was among them; true also before the first line.
   bool Complete() const { return complete_; }
   // Whether the line is longer than what is kept.
   bool Cut() const { return cut_; }
@@ -64,8 +64,8 @@ struct UuBlock {
 };
 
 // Finds the uuencoded blocks of a text that arrives in pieces, in one pass, up to MOST of them.
-// What begins like a block and has a line that cannot be one of its data lines, or no "end", is
-// text.
+// What begins like a block and has a line that cannot be one of its data lines, no line that is as
+// long as it says, or no "end", is text.
 class UuScanner {
  public:
   explicit UuScanner(size_t most) : most_(most) {}
@@ -78,7 +78,8 @@ class UuScanner {
   int64_t TextSize() const { return position_ - inside_; }
 
  private:
-  const char* SkipText(const char* begin, const char* end) const;
+  size_t DistanceToBegin(std::string_view text) const;
+  void Pass(std::string_view& text, size_t count);
   void EndLine(std::string_view line, bool cut);
   void EndBlock();
 
@@ -91,6 +92,7 @@ class UuScanner {
   int64_t inside_ = 0;      // bytes in blocks
   char last_ = '\n';
   bool in_block_ = false;
+  bool looks_real_ = false;        // the open block has a line that is as long as it says
   bool block_just_ended_ = false;  // the LF of its CR LF may follow
 };
 

@@ -18,7 +18,7 @@ enum Result : int32_t {
   kNotOpen = 0x20000259,       // the stream is missing or not open
   kHeaderFailed = 0x2000025A,  // the stream failed inside a header
   kHeaderCut = 0x2000025B,     // the data ended inside a header, which is kept
-  kHeaderOdd = 0x2000025C,     // another header fault that is tolerated
+  kHeaderOdd = 0x2000025C,     // reserved for further header faults that are tolerated
   kNoBoundary = 0x2000025D,    // a multipart without a boundary is one opaque body
   kUnclassified = 0x200003E7,
 };

@@ -76,7 +76,7 @@ class Bodypart {
 
  public:
   DataDefinition DataDefinitionType = kNoBody;
-  // A multipart, or the rest of one, whose structure was not looked into.
+  // A multipart, the rest of one, or a message whose structure was not looked into.
   bool Opaque = false;
   // Its place: in a multipart/digest, where a part that declares no type is a message. Noted here,
   // because asking the parent's header for each of its children would be quadratic.

@@ -15,6 +15,11 @@ class Dump {
  public:
   explicit Dump(std::FILE* file) : file_(file) {}
 
+  void WriteNull() {
+    std::fputs("bodypart is NULL\n", file_);
+    std::fflush(file_);
+  }
+
   // A tree may be as deep as its maker liked: the way back up is kept here, not on the stack.
   void Write(const Bodypart& root) {
     Open(root);
@@ -25,9 +30,12 @@ class Dump {
       if (major == "MULTIPART" && next < part.Children.size()) {
         Line(part, "child bodypart " + std::to_string(next) + ":");
         Open(*part.Children[next]);
-      } else if (major == "MESSAGE" && next == 0 && part.EnclosedMessage != nullptr) {
+      } else if (major == "MESSAGE" && next == 0) {
         Line(part, "body=bodypart");
-        Open(*part.EnclosedMessage);
+        if (part.EnclosedMessage != nullptr)
+          Open(*part.EnclosedMessage);
+        else
+          WriteNull();
       } else {
         WriteEnd(part);
         open_.pop_back();
@@ -104,12 +112,8 @@ class Dump {
 }  // namespace
 
 void DumpBodypart(const Bodypart* part, std::FILE* file) {
-  if (part == nullptr) {
-    std::fputs("bodypart is NULL\n", file);
-    std::fflush(file);
-    return;
-  }
-  Dump(file).Write(*part);
+  Dump dump(file);
+  part != nullptr ? dump.Write(*part) : dump.WriteNull();
 }
 
 }  // namespace mimora

@@ -24,7 +24,7 @@ bool IsGuarded(std::string_view text, size_t at) {
   return text[at] == '\\' && at + 1 < text.size() && (text[at + 1] == '"' || text[at + 1] == '\\');
 }
 
-// The place behind the quoted string that begins at AT; the end of the text when it is not closed.
+// The place behind the quoted string that begins at AT; npos when it is not closed.
 size_t SkipQuoted(std::string_view text, size_t at) {
   for (++at; at < text.size(); ++at) {
     if (IsGuarded(text, at)) {
@@ -33,7 +33,7 @@ size_t SkipQuoted(std::string_view text, size_t at) {
       return at + 1;
     }
   }
-  return at;
+  return std::string_view::npos;
 }
 
 // The place behind the comment that begins at AT, comments inside it included; npos when it is not
@@ -61,18 +61,18 @@ class Splitter {
   bool Next(std::string_view& piece) {
     if (done_) return false;
     const size_t begin = at_;
-    for (; at_ < text_.size() && text_[at_] != ';';) {
-      if (text_[at_] == '"') {
-        at_ = SkipQuoted(text_, at_);
-      } else if (text_[at_] == '(' && comments_) {
-        const size_t behind = SkipComment(text_, at_);
-        // An opening parenthesis that is never closed is a character like any other, and all that
-        // come after it are too.
-        comments_ = behind != std::string_view::npos;
-        at_ = comments_ ? behind : at_ + 1;
+    // Only there a quotation mark begins a quoted string: elsewhere it may be the sign for inches.
+    bool value_begins = true;
+    while (at_ < text_.size() && text_[at_] != ';') {
+      const char c = text_[at_];
+      if (c == '"' && value_begins) {
+        at_ = PassOver(quotes_, SkipQuoted);
+      } else if (c == '(') {
+        at_ = PassOver(comments_, SkipComment);
       } else {
         ++at_;
       }
+      value_begins = c == '=' || (value_begins && (IsSpace(c) || c == '('));
     }
     piece = text_.substr(begin, at_ - begin);
     done_ = at_ == text_.size();
@@ -84,15 +84,30 @@ class Splitter {
   bool Comments() const { return comments_; }
 
  private:
+  // What is opened here but never closed is a character like any other, and all that come after it
+  // are too.
+  size_t PassOver(bool& may_open, size_t (*skip)(std::string_view, size_t)) {
+    const size_t behind = may_open ? skip(text_, at_) : std::string_view::npos;
+    may_open = behind != std::string_view::npos;
+    return may_open ? behind : at_ + 1;
+  }
+
   std::string_view text_;
   size_t at_ = 0;
   bool comments_ = true;
+  bool quotes_ = true;
   bool done_ = false;
 };
 
-// Removes comments from a text without quoted strings. A parenthesis in the middle of a word, as in
-// "photo(1).jpg", is part of it.
-std::string WithoutComments(std::string_view text) {
+// Where comments are looked for.
+enum class Comments {
+  kNowhere,
+  kAroundWords,  // "photo(1).jpg" is one word
+  kAnywhere,
+};
+
+// Removes comments from a text without quoted strings.
+std::string WithoutComments(std::string_view text, Comments comments) {
   std::string kept;
   for (size_t at = 0; at < text.size();) {
     if (text[at] != '(') {
@@ -102,7 +117,8 @@ std::string WithoutComments(std::string_view text) {
     const size_t behind = std::min(SkipComment(text, at), text.size());
     const bool begins_word = at == 0 || IsSpace(text[at - 1]);
     const bool ends_word = behind == text.size() || IsSpace(text[behind]);
-    if (!begins_word && !ends_word) kept.append(text.substr(at, behind - at));
+    const bool inside_word = comments == Comments::kAroundWords && !begins_word && !ends_word;
+    if (inside_word) kept.append(text.substr(at, behind - at));
     at = behind;
   }
   return kept;
@@ -125,14 +141,13 @@ std::string Unquote(std::string_view text) {
   return plain;
 }
 
-std::string PlainText(std::string_view raw, bool comments) {
-  const std::string_view text = comments ? TrimComments(raw) : Trim(raw);
+std::string PlainText(std::string_view raw, Comments comments) {
+  const bool none = comments == Comments::kNowhere;
+  const std::string_view text = none ? Trim(raw) : TrimComments(raw);
   if (text.starts_with('"')) return Unquote(text);
-  if (comments && text.find('(') != std::string_view::npos) {
-    const std::string kept = WithoutComments(text);
-    return Unfold(Trim(kept));
-  }
-  return Unfold(text);
+  if (none || text.find('(') == std::string_view::npos) return Unfold(text);
+  const std::string kept = WithoutComments(text, comments);
+  return Unfold(Trim(kept));
 }
 
 int HexValue(char c) {
@@ -153,13 +168,34 @@ std::string UndoPercent(std::string_view text) {
   return bytes;
 }
 
-// One piece of a parameter in its extended form.
+// One parameter of a field.
+struct RawParameter {
+  std::string name;        // with the "*" marks of an extended one
+  std::string_view value;  // as it stands
+  Comments comments;       // where in the value
+};
+
+std::optional<RawParameter> ParseParameter(std::string_view piece, Comments comments) {
+  const bool some = comments != Comments::kNowhere;
+  size_t equals = 0;
+  while (equals < piece.size() && piece[equals] != '=') {
+    equals = some && piece[equals] == '(' ? SkipComment(piece, equals) : equals + 1;
+  }
+  if (equals >= piece.size()) return std::nullopt;
+  const std::string name(piece.substr(0, equals));
+  const std::string bare = some ? WithoutComments(name, Comments::kAnywhere) : name;
+  return RawParameter{std::string(Trim(bare)), piece.substr(equals + 1), comments};
+}
+
+// A parameter in its extended form, or a piece of one.
 struct Section {
-  int number;
+  int number;  // kWhole for one that is not in pieces
   bool encoded;
   std::string_view value;
-  bool comments;
+  Comments comments;
 };
+
+constexpr int kWhole = -2;  // neither a number nor next to one
 
 // Understands the marks behind a parameter's name: "*" (encoded, whole), "*0" and "*0*" (a piece).
 bool ParseMarks(std::string_view marks, Section& section) {
@@ -167,25 +203,24 @@ bool ParseMarks(std::string_view marks, Section& section) {
   if (!marks.starts_with('*')) return false;
   marks.remove_prefix(1);
   section.encoded = marks.empty() || marks.back() == '*';
+  section.number = marks.empty() ? kWhole : 0;
   if (!marks.empty() && section.encoded) marks.remove_suffix(1);
   if (marks.size() > kMostDigits || !std::all_of(marks.begin(), marks.end(), IsDigit)) return false;
-  section.number = 0;
   for (const char digit : marks) section.number = 10 * section.number + (digit - '0');
   return true;
 }
 
-// Joins the pieces in the order of their numbers, of those alike the first, and re-codes the text
-// from the charset that the first one declares.
-std::string JoinSections(std::vector<Section>& sections) {
-  std::stable_sort(sections.begin(), sections.end(),
-                   [](const Section& a, const Section& b) { return a.number < b.number; });
+// Joins the pieces, which stand in the order of their numbers, up to the first gap; of those alike
+// the first counts. The first one declares the charset.
+std::string JoinSections(const std::vector<Section>& sections) {
   std::string text;
   std::string charset;
-  int last = -1;
+  const Section* last = nullptr;
   for (const Section& section : sections) {
-    if (section.number == last) continue;
+    if (last != nullptr && section.number == last->number) continue;
+    if (last != nullptr && section.number != last->number + 1) break;
     std::string piece = PlainText(section.value, section.comments);
-    if (last == -1 && section.encoded) {
+    if (last == nullptr && section.encoded) {
       const size_t language = piece.find('\'');
       const size_t behind =
           language == std::string::npos ? language : piece.find('\'', language + 1);
@@ -195,7 +230,7 @@ std::string JoinSections(std::vector<Section>& sections) {
       }
     }
     text += section.encoded ? UndoPercent(piece) : piece;
-    last = section.number;
+    last = &section;
   }
   std::string utf8;
   return !charset.empty() && platform::RecodeToUtf8(charset, text, utf8) ? utf8 : text;
@@ -207,7 +242,7 @@ std::string FieldValue::Main() const {
   Splitter pieces(text_);
   std::string_view main;
   pieces.Next(main);
-  return PlainText(main, pieces.Comments());
+  return PlainText(main, pieces.Comments() ? Comments::kAnywhere : Comments::kNowhere);
 }
 
 std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
@@ -216,21 +251,25 @@ std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
   Splitter pieces(text_);
   std::string_view piece;
   for (pieces.Next(piece); pieces.Next(piece);) {
-    const std::string_view text = pieces.Comments() ? TrimComments(piece) : Trim(piece);
-    const size_t equals = text.find('=');
-    if (equals == std::string_view::npos || equals < name.size()) continue;
-    if (!EqualIgnoringCase(text.substr(0, name.size()), name)) continue;
-    const std::string_view marks = Trim(text.substr(name.size(), equals - name.size()));
-    const std::string_view value = text.substr(equals + 1);
-    if (marks.empty()) {
-      if (!plain) plain = PlainText(value, pieces.Comments());
-    } else if (Section section{}; ParseMarks(marks, section)) {
-      section.value = value;
-      section.comments = pieces.Comments();
+    const Comments comments = pieces.Comments() ? Comments::kAroundWords : Comments::kNowhere;
+    const auto parameter = ParseParameter(piece, comments);
+    if (!parameter || parameter->name.size() < name.size()) continue;
+    const std::string_view full = parameter->name;
+    if (!EqualIgnoringCase(full.substr(0, name.size()), name)) continue;
+    Section section{0, false, parameter->value, comments};
+    if (full.size() == name.size()) {
+      if (!plain) plain = PlainText(parameter->value, comments);
+    } else if (ParseMarks(full.substr(name.size()), section)) {
       sections.push_back(section);
     }
   }
-  return sections.empty() ? plain : JoinSections(sections);
+  std::stable_sort(sections.begin(), sections.end(),
+                   [](const Section& a, const Section& b) { return a.number < b.number; });
+  // Some count from 1. Where the beginning is missing, a plain one is better.
+  if (!sections.empty() && (sections.front().number <= 0 || !plain)) plain = JoinSections(sections);
+  // A zero would end the text for a caller in C.
+  if (plain) std::erase(*plain, '\0');
+  return plain;
 }
 
 std::optional<ContentType> ParseContentType(const FieldValue& value) {

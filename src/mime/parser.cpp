@@ -52,12 +52,12 @@ class SkippedLines {
     const size_t shown = std::min<size_t>(line.size(), 80);
     first_.assign(line.substr(0, shown));
     // What a sender writes must not steer who reads the log.
-    for (char& c : first_) c = c < ' ' || c == 0x7F ? '.' : c;
+    std::replace_if(first_.begin(), first_.end(), IsControl, '.');
   }
 
   void Log() const {
     if (count_ == 0) return;
-    LogError("<E> %d header lines without a colon, the first: %s", count_, first_.c_str());
+    LogError("<E> %d header lines that are no fields, the first: %s", count_, first_.c_str());
   }
 
  private:

@@ -16,6 +16,8 @@ constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 constexpr bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
+constexpr bool IsControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }
+
 constexpr bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
 
 // White space of a header value, folding included.

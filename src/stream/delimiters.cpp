@@ -55,8 +55,15 @@ uint64_t TailOf(const char* end) {
 
 void Delimiters::Push(std::string_view delimiter) {
   const bool has_tail = std::ssize(delimiter) >= kTailSize;
-  stack_.push_back(
-      {std::string(delimiter), has_tail ? TailOf(delimiter.data() + delimiter.size()) : 0});
+  const uint64_t tail = has_tail ? TailOf(delimiter.data() + delimiter.size()) : 0;
+  size_t shared = delimiter.size();
+  if (!stack_.empty()) {
+    const std::string_view outer = std::string_view(Innermost()).substr(0, stack_.back().shared);
+    shared = static_cast<size_t>(
+        std::mismatch(outer.begin(), outer.end(), delimiter.begin(), delimiter.end()).first -
+        outer.begin());
+  }
+  stack_.push_back({std::string(delimiter), shared, tail});
 }
 
 DelimiterMatch Delimiters::MatchOne(const Delimiter& delimiter, const char* p, int64_t available,
@@ -77,6 +84,9 @@ DelimiterMatch Delimiters::MatchOne(const Delimiter& delimiter, const char* p, i
 DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end) const {
   DelimiterMatch best;
   size_t best_length = 0;
+  // Most lines differ from all of them in what these have in common.
+  const size_t shared = std::min(stack_.back().shared, static_cast<size_t>(available));
+  if (std::memcmp(p, Innermost().data(), shared) != 0) return best;
   for (size_t level = stack_.size(); level-- > 0;) {
     const Delimiter& delimiter = stack_[level];
     if (delimiter.text.size() <= best_length) continue;
@@ -88,6 +98,12 @@ DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end) 
     best_length = delimiter.text.size();
   }
   return best;
+}
+
+DelimiterMatch Delimiters::MatchInnermost(std::string_view line) const {
+  DelimiterMatch match = MatchOne(stack_.back(), line.data(), std::ssize(line), true);
+  match.level = stack_.size() - 1;
+  return match;
 }
 
 }  // namespace mimora

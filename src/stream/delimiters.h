@@ -31,6 +31,7 @@ class Delimiters {
   bool Empty() const { return stack_.empty(); }
   size_t Count() const { return stack_.size(); }
   const std::string& Innermost() const { return stack_.back().text; }
+  const std::string& At(size_t level) const { return stack_[level].text; }
   char FirstCharacter() const { return stack_.back().text.front(); }
 
   void Clear() { stack_.clear(); }
@@ -42,9 +43,13 @@ class Delimiters {
   // the longest, among equals to the innermost.
   DelimiterMatch Match(const char* p, int64_t available, bool at_end) const;
 
+  // The same about a whole line and the innermost delimiter alone.
+  DelimiterMatch MatchInnermost(std::string_view line) const;
+
  private:
   struct Delimiter {
     std::string text;
+    size_t shared;  // how far it begins like all those outside it
     // Its last bytes as one number. Those of one message mostly begin alike: the ends tell them
     // apart, which counts when there are many.
     uint64_t tail;

@@ -22,8 +22,8 @@ constexpr int64_t kLargestRequest = 0x7FFFFFFF;
 // No stream gets as far as this: positions can be added up without a thought.
 constexpr int64_t kLargestPosition = INT64_MAX / 2;
 
-// How much of a delimiter line is kept, beyond the delimiter itself.
-constexpr size_t kKeptDelimiterTail = 1000;
+// How much of a delimiter line is kept, beyond the delimiter itself: what decides about it.
+constexpr size_t kKeptDelimiterTail = 2 + kLongestDelimiterPadding;
 
 int64_t ReadFile(intptr_t context, void* destination, int64_t length) {
   return platform::Read(static_cast<int>(context), destination, length);
@@ -45,13 +45,11 @@ Minstream::Minstream(MemorySource source)
       capacity_(std::max<int64_t>(source.length, 0)),
       filled_(capacity_) {
   MIMORA_CHECK_TAG_IS_FIRST(Minstream);
-  LogTrace("_Minstream in this=%" PRIXPTR ", amode=%d, abufsize=%" PRIX64,
-           reinterpret_cast<uintptr_t>(this), mode_, static_cast<uint64_t>(source.length));
+  LogCreation(source.length);
 }
 
 Minstream::Minstream(FileSource source, int64_t buffer_size) : position_known_(true) {
-  LogTrace("_Minstream in this=%" PRIXPTR ", amode=%d, abufsize=%" PRIX64,
-           reinterpret_cast<uintptr_t>(this), mode_, static_cast<uint64_t>(buffer_size));
+  LogCreation(buffer_size);
   AllocateBuffer(buffer_size);
   if (source.name == nullptr) return;
   file_ = platform::OpenForReading(source.name);
@@ -64,8 +62,7 @@ Minstream::Minstream(FileSource source, int64_t buffer_size) : position_known_(t
 }
 
 Minstream::Minstream(CallbackSource source, int64_t buffer_size) : source_(source) {
-  LogTrace("_Minstream in this=%" PRIXPTR ", amode=%d, abufsize=%" PRIX64,
-           reinterpret_cast<uintptr_t>(this), mode_, static_cast<uint64_t>(buffer_size));
+  LogCreation(buffer_size);
   AllocateBuffer(buffer_size);
   ok_ = source.read != nullptr || source.readptr != nullptr;
 }
@@ -74,6 +71,11 @@ Minstream::~Minstream() {
   if (file_ != platform::kNoFile) platform::Close(file_);
   // Volatile, or the compiler would drop a store into an object that ends here.
   static_cast<volatile uint32_t&>(tag_) = 0;
+}
+
+void Minstream::LogCreation(int64_t size) const {
+  LogTrace("_Minstream in this=%" PRIXPTR ", amode=%d, abufsize=%" PRIX64,
+           reinterpret_cast<uintptr_t>(this), mode_, static_cast<uint64_t>(size));
 }
 
 void Minstream::AllocateBuffer(int64_t size) { Grow(size < 1 ? kDefaultBufferSize : size); }
@@ -135,7 +137,7 @@ int64_t Minstream::CallRead(char* destination, int64_t request) {
 
 // Gets new bytes behind those that are unread. False when there are none to be had.
 bool Minstream::FillBuffer() {
-  if (mode_ == kMemory || !ok_ || buffer_ == nullptr) return false;
+  if (mode_ == kMemory || !ok_ || ended_ || buffer_ == nullptr) return false;
   int ex_pos = 1;
   int64_t count = 0;
   try {
@@ -152,18 +154,19 @@ bool Minstream::FillBuffer() {
     count = CallRead(buffer_.get() + filled_, request);
     ex_pos = 3;
     // More than there is room for, or less than nothing: nothing that it wrote can be trusted.
-    if (count < 0 || count > request) {
-      error_ = count == -1 && errno != 0 ? errno : EIO;
-      return false;
-    }
-    if (file_ != platform::kNoFile && buffer_end_ + count > platform::kLargestFilePosition) {
-      error_ = EOVERFLOW;
+    const bool too_far =
+        file_ != platform::kNoFile && buffer_end_ + count > platform::kLargestFilePosition;
+    if (count < 0 || count > request || too_far) {
+      error_ = too_far ? EOVERFLOW : count == -1 && errno != 0 ? errno : EIO;
+      ended_ = true;
       return false;
     }
   } catch (...) {
     LogError("<E> FillBuffer ex_pos=%d, out=%d", ex_pos, static_cast<int>(count));
     throw;
   }
+  // A source that goes on behind its end would tear apart what is read from it.
+  ended_ = count == 0;
   filled_ += count;
   buffer_end_ += count;
   return count > 0;
@@ -240,7 +243,8 @@ void Minstream::ReadDelimiterLine(DelimiterMatch match) {
     }
     Ensure(line_end + 1);
     match = DecideMatch(line_end);
-    const bool another = match.verdict == DelimiterMatch::kYes;
+    // Multiparts inside the one that was hit have ended, and their delimiters with them.
+    const bool another = match.verdict == DelimiterMatch::kYes && match.level <= hit_level_;
     // The end of an inner multipart and the next delimiter of an outer one are two.
     if (another && hit_closes_ && match.level < hit_level_) break;
     index_ += line_end;
@@ -252,7 +256,7 @@ void Minstream::ReadDelimiterLine(DelimiterMatch match) {
 
 // Moves to the end of the line, which it keeps as the boundary line.
 void Minstream::ReadRestOfLine() {
-  const size_t kept = delimiters_.Innermost().size() + kKeptDelimiterTail;
+  const size_t kept = delimiters_.At(hit_level_).size() + kKeptDelimiterTail;
   boundary_line_.clear();
   while (Ensure(1)) {
     const char* begin = data_ + index_;
@@ -312,8 +316,9 @@ void Minstream::EnterBoundary(std::string_view delimiter) {
   plain_ = index_;
   if (!hit_) return;
   // The line that was taken for an outer delimiter may be the first one of this.
-  const DelimiterMatch match =
-      delimiters_.Match(boundary_line_.data(), static_cast<int64_t>(boundary_line_.size()), true);
+  if (delimiter.size() < delimiters_.At(hit_level_).size()) return;
+  const DelimiterMatch match = delimiters_.MatchInnermost(boundary_line_);
+  if (match.verdict != DelimiterMatch::kYes) return;
   hit_level_ = match.level;
   hit_closes_ = match.closes;
 }
@@ -425,6 +430,7 @@ int64_t Minstream::Position() {
 void Minstream::Seek(int64_t position) {
   owner_ = platform::ThreadToken();
   owner_thread_ = platform::ThreadId();
+  ended_ = false;
   if (position < 0 || position > kLargestPosition) return;
   FindStartPosition();
   const int64_t buffer_start = mode_ == kMemory ? 0 : buffer_end_ - filled_;

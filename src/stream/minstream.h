@@ -138,6 +138,7 @@ class Minstream {
  private:
   enum Mode : int32_t { kMemory = 0, kBuffered = 1 };
 
+  void LogCreation(int64_t size) const;
   void AllocateBuffer(int64_t size);
   bool Grow(int64_t capacity);
   void CheckOwner() const;
@@ -159,6 +160,7 @@ class Minstream {
   Mode mode_ = kBuffered;
   bool ok_ = false;
   bool position_known_ = false;
+  bool ended_ = false;  // the source has no more; only a seek makes it worth asking again
   bool hit_ = false;
   bool hit_closes_ = false;
   char last_character_ = '\n';  // the very first byte counts as the start of a line

@@ -84,7 +84,7 @@ constexpr ScanCase kScanCases[] = {
     {"two blocks, one behind the other", "{" BLOCK "}{" BLOCK "}", "[cat.txt 3][cat.txt 3]"},
     {"end line at the very end", "{begin 644 cat\n#0V%T\n`\nend}", "[cat 3]"},
     {"end line with blanks", "{begin 644 cat\n#0V%T\n`\nend \t\n}", "[cat 3]"},
-    {"empty files", "{begin 644 cat\n`\nend\n}{begin 644 dog\nend\n}", "[cat 0][dog 0]"},
+    {"empty files", "{begin 644 cat\n`\nend\n}{begin 644 dog\n`\nend\n}", "[cat 0][dog 0]"},
     {"lines of no bytes", "{begin 644 cat\n\n#0V%T\n \n\t\n#0V%T\n`\n\nend\n}", "[cat 6]"},
     {"full lines",
      "{begin 644 cat\n"
@@ -94,12 +94,12 @@ constexpr ScanCase kScanCases[] = {
     {"blanks behind data and lost ones", "{begin 644 cat\n#0V%T \t \n#0\n#\nend\n}", "[cat 9]"},
     {"a checksum behind the data", "{begin 644 cat\n#0V%Tx\n#0V%Txyz0\n`\nend\n}", "[cat 6]"},
     {"too much behind the data", "begin 644 cat\n#0V%Txyz00\n`\nend\n", ""},
-    {"a name with blanks", "{begin\t644 \t the cat.txt \t\nend\n}", "[the cat.txt 0]"},
-    {"modes of four and six digits", "{begin 0644 cat\nend\n}{begin 100644 cat\nend\n}",
+    {"a name with blanks", "{begin\t644 \t the cat.txt \t\n`\nend\n}", "[the cat.txt 0]"},
+    {"modes of four and six digits", "{begin 0644 cat\n`\nend\n}{begin 100644 cat\n`\nend\n}",
      "[cat 0][cat 0]"},
-    {"modes of two and seven digits", "begin 64 cat\nend\nbegin 1000644 cat\nend\n", ""},
-    {"a mode that is not octal", "begin 648 cat\nend\nbegin 644x cat\nend\n", ""},
-    {"no blank or another word", "begin644 cat\nend\nBEGIN 644 cat\nend\n", ""},
+    {"modes of two and seven digits", "begin 64 cat\n`\nend\nbegin 1000644 cat\n`\nend\n", ""},
+    {"a mode that is not octal", "begin 648 cat\n`\nend\nbegin 644x cat\n`\nend\n", ""},
+    {"no blank or another word", "begin644 cat\n`\nend\nBEGIN 644 cat\n`\nend\n", ""},
     {"a begin line that does not start its line",
      " begin 644 cat\n#0V%T\n`\nend\nI begin 644 cat\n#0V%T\n`\nend\n", ""},
     {"an end line that does not start its line", "begin 644 cat\n#0V%T\n`\n end\n", ""},
@@ -109,6 +109,9 @@ constexpr ScanCase kScanCases[] = {
     {"a block behind one that broke off", "begin 644 cat\n#0V%T\n{" BLOCK "}", "[cat.txt 3]"},
     {"a longer word than end", "begin 644 cat\n#0V%T\nending\nend\n", ""},
     {"an 8-bit character in the data", "begin 644 cat\n#0V\xE1T\n`\nend\n", ""},
+    {"prose that has no line as long as its first letter says",
+     "begin 100 days\n\nHELLO\nWORLD IS A LONG LINE OF TEXT\nend\n", ""},
+    {"a line whose blanks were lost", "{begin 644 nil\n#\n`\nend\n}", "[nil 3]"},
     {"a second end line is text", "{" BLOCK "}end\n", "[cat.txt 3]"},
 };
 
@@ -179,7 +182,7 @@ TEST(UuScanner, LinesBeyondTheLimitAreText) {
 }
 
 TEST(UuScanner, BlocksBeyondTheLimitStayText) {
-  constexpr std::string_view kBlock = "begin 644 a\nend\n";
+  constexpr std::string_view kBlock = "begin 644 a\n`\nend\n";
   for (const size_t count : {kMost - 1, kMost, kMost + 2}) {
     std::string text;
     for (size_t i = 0; i < count; ++i) text += kBlock;

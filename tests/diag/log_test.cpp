@@ -218,7 +218,7 @@ TEST(Log, TellsOfHeaderLinesThatArePassedOverOncePerHeader) {
     ShowLog();
     M_DestroyMessage(part);
   };
-  ExpectShown("", "l", work, "@<E> 2 header lines without a colon, the first: no.[31msense\n");
+  ExpectShown("", "l", work, "@<E> 2 header lines that are no fields, the first: no.[31msense\n");
 }
 
 TEST(Log, TellsOfAStreamThatAnotherThreadPositioned) {

@@ -119,6 +119,7 @@ TEST(Load, TakesAMultipartApart) {
 
 TEST(Load, TakesNestedMultipartsApart) {
   const std::string inner = "Content-Type: multipart/alternative; boundary=i\n\n";  // 49 bytes
+  const std::string x(3000, 'x');
   ExpectTrees({
       {"closed, with an epilogue",
        kMixed + "--b\n" + inner + "--i\n\nA\n--i--\nepi\n--b\n\nB\n--b--\n", kOk,
@@ -143,6 +144,19 @@ TEST(Load, TakesNestedMultipartsApart) {
        "MULTIPART/MIXED 0+45 45+50 =50\n"
        "  MULTIPART/MIXED 49+31 80+1 =1 opaque\n"
        "  TEXT/PLAIN 86+1 87+1 =1\n"},
+      {"closed from outside, directly in front of its own delimiter",
+       kMixed + "--b\n" + inner + "--i\n\nA\n--b--\n--i\n\nB\n--b\n", kOk,
+       "MULTIPART/MIXED 0+45 45+66 =66\n"
+       "  MULTIPART/ALTERNATIVE 49+49 98+6 =6\n"
+       "    TEXT/PLAIN 102+1 103+1 =1\n"},
+      {"a header that a very long outer delimiter cuts",
+       "Content-Type: multipart/mixed; boundary=" + x + "\n\n--" + x + "\n" + inner + "--i\n" +
+           inner + "--" + x + "\n\nA\n--" + x + "--\nB",
+       kOk,
+       "MULTIPART/MIXED 0+3042 3042+9116 =9116\n"
+       "  MULTIPART/ALTERNATIVE 6045+49 6094+52 =52\n"
+       "    MULTIPART/ALTERNATIVE 6098+49 6147+0 =0\n"
+       "  TEXT/PLAIN 9150+1 9151+1 =1\n"},
       {"the same boundary inside",
        "Content-Type: multipart/mixed; boundary=i\n\n--i\n" + inner +
            "--i\n\nA\n--i--\n\n--i\n\nB\n--i--\n",

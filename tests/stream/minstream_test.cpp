@@ -282,6 +282,25 @@ TEST(Callbacks, ThatAnswerNonsenseEndTheDataWithAnError) {
   }
 }
 
+// The second byte comes behind an end.
+int64_t EndOnce(intptr_t context, void* destination, int64_t) {
+  int& calls = *reinterpret_cast<int*>(context);
+  *static_cast<char*>(destination) = 'x';
+  return ++calls == 2 ? 0 : 1;
+}
+
+TEST(Callbacks, ThatGoOnBehindTheirEndAreNotAskedAgainWithoutASeek) {
+  int calls = 0;
+  const auto nothing = [](intptr_t, int64_t) {};
+  Minstream in({.context = reinterpret_cast<intptr_t>(&calls), .read = EndOnce, .seek = nothing},
+               16);
+  EXPECT_EQ(ReadAll(in), "x");
+  EXPECT_EQ(ReadAll(in), "");
+  in.Seek(5);
+  char c = 0;
+  EXPECT_TRUE(in.GetChar(c));
+}
+
 TEST(Callbacks, ThatThrowLeaveAStreamThatCanBeDestroyed) {
   Minstream in(CallbackSource{.read = Throw}, 16);
   EXPECT_THROW(in.Skip(), std::runtime_error);
