@@ -9,32 +9,25 @@ namespace mimora::testing {
 namespace {
 
 TEST(GlobalParams, TakeTheKeysTheyKnowAndIgnoreTheRest) {
-  struct Case {
-    const char* name;
-    const char* list;
-    const char* attachment;
-    const char* message;
-  };
   // Each list ends with the empty text that the zero of the literal makes.
-  constexpr Case kCases[] = {
+  constexpr struct {
+    const char *name, *list, *attachment, *message;
+  } kCases[] = {
       {"no list", nullptr, "att", "message"},
       {"an empty list", "", "att", "message"},
-      {"both keys", "namePrefixForMessage=mail\0NAMEPREFIXFORATTACHMENT=file\0", "file", "mail"},
-      {"any case", "nameprefixforattachment=File\0", "File", "message"},
+      {"any case", "namePrefixForMessage=Mail\0nameprefixforattachment=File\0", "File", "Mail"},
       {"an unknown key", "NOSUCHKEY=x\0NAMEPREFIXFORMESSAGE=mail\0", "att", "mail"},
-      {"a text without an equals sign", "NAMEPREFIXFORMESSAGE\0NAMEPREFIXFORATTACHMENT=x\0", "x",
-       "message"},
+      {"no equals sign", "NAMEPREFIXFORMESSAGE\0NAMEPREFIXFORATTACHMENT=x\0", "x", "message"},
       {"longer, shorter and no keys",
        "NAMEPREFIXFORMESSAGES=a\0NAMEPREFIXFORMESSAG=b\0=c\0 NAMEPREFIXFORMESSAGE=d\0", "att",
        "message"},
-      {"blanks are part of key and value", "NAMEPREFIXFORMESSAGE =a\0NAMEPREFIXFORATTACHMENT= b \0",
-       " b ", "message"},
+      {"blanks count", "NAMEPREFIXFORMESSAGE =a\0NAMEPREFIXFORATTACHMENT= b \0", " b ", "message"},
       {"later equals signs belong to the value", "NAMEPREFIXFORMESSAGE=a=b=\0", "att", "a=b="},
       {"the last value counts", "NAMEPREFIXFORMESSAGE=a\0NAMEPREFIXFORMESSAGE=b\0", "att", "b"},
       {"an empty value is one", "NAMEPREFIXFORMESSAGE=\0", "att", ""},
       {"nothing behind the empty text", "A=b\0\0NAMEPREFIXFORMESSAGE=mail\0", "att", "message"},
   };
-  for (const Case& c : kCases) {
+  for (const auto& c : kCases) {
     GlobalParams params;
     params.Set(c.list);
     EXPECT_EQ(params.attachment_prefix, c.attachment) << c.name;

@@ -53,9 +53,7 @@ TEST(FieldValue, GivesParameters) {
       {"extended beats plain", "t; p=cafe; p*=utf-8''caf%C3%A9", "caf\xC3\xA9"},
       {"extended without a charset", "t; p*=''a%20b", "a b"},
       {"extended with an unknown charset", "t; p*=x-none''%E9", "\xE9"},
-      {"extended with bad bytes", "t; p*=utf-8''a%FFb",
-       "a\xEF\xBF\xBD"
-       "b"},
+      {"extended with bad bytes", "t; p*=utf-8''a%FF.", "a\xEF\xBF\xBD."},
       {"broken percent signs", "t; p*=utf-8''100%;q=1", "100%"},
       {"continued", "t; p*1=b; p*0=\"a;\"; p*2=c", "a;bc"},
       {"continued and encoded", "t; p*0*=utf-8''%C3; p*1*=%A9; p*2=%41", "\xC3\xA9%41"},

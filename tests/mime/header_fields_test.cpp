@@ -44,9 +44,8 @@ TEST(AppendLine, SplitsFieldsAndKeepsFolding) {
 
 TEST(Find, CountsFieldsOfOneNameWithoutRegardToCase) {
   HeaderFields fields;
-  for (const char* line : {"Received: 1", "RECEIVED: 2", "Received-By: x", "received: 3"}) {
+  for (const char* line : {"Received: 1", "RECEIVED: 2", "Received-By: x", "received: 3"})
     fields.AppendLine(line);
-  }
   EXPECT_EQ(fields.Find("Received"), "1");
   EXPECT_EQ(fields.Find("reCeived", 2), "2");
   EXPECT_EQ(fields.Find("received", 3), "3");

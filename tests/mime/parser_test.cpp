@@ -2,18 +2,15 @@
 #include "mime/parser.h"
 
 #include <random>
-#include <string>
 
 #include "diag/limits.h"
 #include "mime/tree_text.h"
 #include "support/sources.h"
 
-namespace mimora {
+namespace mimora::testing {
 namespace {
 
-using testing::DripSource;
-using testing::ForEverySource;
-using testing::TreeText;
+using namespace std::string_view_literals;
 
 struct TreeCase {
   const char* name;
@@ -34,35 +31,21 @@ void ExpectTrees(std::initializer_list<TreeCase> cases) {
   }
 }
 
-std::string TreeOf(std::string_view text) {
-  Minstream in(MemorySource{.data = text.data(), .length = std::ssize(text)});
-  Bodypart message;
-  Load(message, in);
-  return TreeText(message);
-}
-
 const std::string kMixed = "Content-Type: multipart/mixed; boundary=b\r\n\r\n";  // 45 bytes
 
 TEST(Load, FindsHeaderAndBodyOfASinglePart) {
   ExpectTrees({
-      {"nothing at all", "", kHeaderCut, "TEXT/PLAIN 0+0 0+0 =0\n"},
-      {"empty header", "\r\nbody", kOk, "TEXT/PLAIN 0+2 2+4 =4\n"},
-      {"LF only", "A: b\n\nbody\n", kOk, "TEXT/PLAIN 0+6 6+5 =5\n"},
-      {"CR only", "A: b\r\rbody\r", kOk, "TEXT/PLAIN 0+6 6+5 =5\n"},
-      {"header cut off", "A: b\r\nC: d", kHeaderCut, "TEXT/PLAIN 0+10 10+0 =0\n"},
+      {"nothing at all", "", kHeaderCut, "TEXT/PLAIN 0+0+0"},
+      {"empty header", "\r\nbody", kOk, "TEXT/PLAIN 0+2+4"},
+      {"header cut off", "A: b\r\nC: d", kHeaderCut, "TEXT/PLAIN 0+10+0"},
       {"base64", "Content-Transfer-Encoding: BASE64 (x)\n\nTWFu\nTQ==\n", kOk,
-       "TEXT/PLAIN 0+39 39+10 =4\n"},
-      {"base64 without padding", "Content-Transfer-Encoding: base64\n\nTWF", kOk,
-       "TEXT/PLAIN 0+35 35+3 =2\n"},
+       "TEXT/PLAIN 0+39+10 =4"},
       {"quoted-printable", "Content-Transfer-Encoding: quoted-printable\n\na=3D b \nc=\nd", kOk,
-       "TEXT/PLAIN 0+45 45+12 =8\n"},
+       "TEXT/PLAIN 0+45+12 =8"},
       {"uuencoded",
        "Content-Type: image/gif\nContent-Transfer-Encoding: x-uuencode\n\n"
        "begin 644 a\n#86)C\n`\nend\n",
-       kOk, "IMAGE/GIF 0+63 63+24 =3\n"},
-      {"unknown encoding", "Content-Transfer-Encoding: x-own\n\nabc", kOk,
-       "TEXT/PLAIN 0+34 34+3 =3\n"},
-      {"type that is none", "Content-Type: text\n\nabc", kOk, "TEXT/PLAIN 0+20 20+3 =3\n"},
+       kOk, "IMAGE/GIF 0+63+24 =3"},
   });
 }
 
@@ -70,12 +53,11 @@ TEST(Load, FindsUuencodedFilesInPlainText) {
   const std::string block = "begin 644 a.txt\n#86)C\n`\nend\n";  // 28 bytes
   ExpectTrees({
       {"two blocks", "\nx\n" + block + "y\n" + block + "z", kOk,
-       "TEXT/PLAIN 0+1 1+61 =5 [uu a.txt 2+28=3] [uu a.txt 32+28=3]\n"},
-      {"no end", "\nx\nbegin 644 a\n#86)C\n`\n", kOk, "TEXT/PLAIN 0+1 1+22 =22\n"},
-      {"only in plain text", "Content-Type: text/html\n\n" + block, kOk,
-       "TEXT/HTML 0+25 25+28 =28\n"},
+       "TEXT/PLAIN 0+1+61 =5 [uu a.txt 2+28=3] [uu a.txt 32+28=3]"},
+      {"no end", "\nx\nbegin 644 a\n#86)C\n`\n", kOk, "TEXT/PLAIN 0+1+22"},
+      {"only in plain text", "Content-Type: text/html\n\n" + block, kOk, "TEXT/HTML 0+25+28"},
       {"not inside an encoding", "Content-Transfer-Encoding: quoted-printable\n\n" + block, kOk,
-       "TEXT/PLAIN 0+45 45+28 =32\n"},
+       "TEXT/PLAIN 0+45+28 =32"},
   });
 }
 
@@ -83,37 +65,24 @@ TEST(Load, TakesAMultipartApart) {
   ExpectTrees({
       {"preamble, parts, epilogue",
        kMixed + "pre\r\n--b\r\nA: b\r\n\r\none\r\n--b\r\n\r\ntwo\r\n--b--\r\nepilogue", kOk,
-       "MULTIPART/MIXED 0+45 45+42 =42\n"
-       "  TEXT/PLAIN 55+8 63+3 =3\n"
-       "  TEXT/PLAIN 73+2 75+3 =3\n"},
-      {"delimiter directly behind the header", kMixed + "--b\r\n\r\none\r\n--b--", kOk,
-       "MULTIPART/MIXED 0+45 45+17 =17\n"
-       "  TEXT/PLAIN 50+2 52+3 =3\n"},
+       "MULTIPART/MIXED 0+45+42 {TEXT/PLAIN 55+8+3} {TEXT/PLAIN 73+2+3}"},
       {"never closed", kMixed + "--b\r\n\r\none\r\n", kOk,
-       "MULTIPART/MIXED 0+45 45+12 =12\n"
-       "  TEXT/PLAIN 50+2 52+5 =5\n"},
-      {"no delimiter at all", kMixed + "text", kOk, "MULTIPART/MIXED 0+45 45+4 =4\n"},
+       "MULTIPART/MIXED 0+45+12 {TEXT/PLAIN 50+2+5}"},
+      {"no delimiter at all", kMixed + "text", kOk, "MULTIPART/MIXED 0+45+4"},
       {"empty part: the line end of its header is that of the delimiter",
        kMixed + "--b\r\n\r\n--b\r\n\r\ntwo\r\n--b--", kOk,
-       "MULTIPART/MIXED 0+45 45+24 =24\n"
-       "  TEXT/PLAIN 50+2 52+0 =0\n"
-       "  TEXT/PLAIN 57+2 59+3 =3\n"},
+       "MULTIPART/MIXED 0+45+24 {TEXT/PLAIN 50+2+0} {TEXT/PLAIN 57+2+3}"},
       {"header without its empty line", kMixed + "--b\r\nA: b\r\n--b\r\n\r\ntwo\r\n--b--", kOk,
-       "MULTIPART/MIXED 0+45 45+28 =28\n"
-       "  TEXT/PLAIN 50+6 56+0 =0\n"
-       "  TEXT/PLAIN 61+2 63+3 =3\n"},
+       "MULTIPART/MIXED 0+45+28 {TEXT/PLAIN 50+6+0} {TEXT/PLAIN 61+2+3}"},
       {"two delimiters in a row", kMixed + "--b\r\n--b\r\n\r\none\r\n--b--", kOk,
-       "MULTIPART/MIXED 0+45 45+22 =22\n"
-       "  TEXT/PLAIN 55+2 57+3 =3\n"},
+       "MULTIPART/MIXED 0+45+22 {TEXT/PLAIN 55+2+3}"},
       {"no boundary", "Content-Type: multipart/mixed\r\n\r\n--b\r\n\r\none\r\n", kNoBoundary,
-       "MULTIPART/MIXED 0+33 33+12 =12 opaque\n"},
+       "MULTIPART/MIXED 0+33+12 opaque"},
       {"empty boundary", "Content-Type: multipart/mixed; boundary=\"\"\r\n\r\n--\r\n\r\none",
-       kNoBoundary, "MULTIPART/MIXED 0+46 46+9 =9 opaque\n"},
+       kNoBoundary, "MULTIPART/MIXED 0+46+9 opaque"},
       {"parts of a digest are messages",
        "Content-Type: multipart/digest; boundary=b\n\n--b\n\nSubject: s\n\nbody\n--b--", kOk,
-       "MULTIPART/DIGEST 0+44 44+27 =27\n"
-       "  MESSAGE/RFC822 48+1 49+16 =16\n"
-       "    TEXT/PLAIN 49+12 61+4 =4\n"},
+       "MULTIPART/DIGEST 0+44+27 {MESSAGE/RFC822 48+1+16 {TEXT/PLAIN 49+12+4}}"},
   });
 }
 
@@ -123,77 +92,56 @@ TEST(Load, TakesNestedMultipartsApart) {
   ExpectTrees({
       {"closed, with an epilogue",
        kMixed + "--b\n" + inner + "--i\n\nA\n--i--\nepi\n--b\n\nB\n--b--\n", kOk,
-       "MULTIPART/MIXED 0+45 45+83 =83\n"
-       "  MULTIPART/ALTERNATIVE 49+49 98+16 =16\n"
-       "    TEXT/PLAIN 102+1 103+1 =1\n"
-       "  TEXT/PLAIN 119+1 120+1 =1\n"},
+       "MULTIPART/MIXED 0+45+83 {MULTIPART/ALTERNATIVE 49+49+16 {TEXT/PLAIN 102+1+1}}"
+       " {TEXT/PLAIN 119+1+1}"},
       {"closed directly in front of the outer delimiter",
        kMixed + "--b\n" + inner + "--i\n\nA\n--i--\n--b\n\nB\n--b--\n", kOk,
-       "MULTIPART/MIXED 0+45 45+79 =79\n"
-       "  MULTIPART/ALTERNATIVE 49+49 98+12 =12\n"
-       "    TEXT/PLAIN 102+1 103+1 =1\n"
-       "  TEXT/PLAIN 115+1 116+1 =1\n"},
+       "MULTIPART/MIXED 0+45+79 {MULTIPART/ALTERNATIVE 49+49+12 {TEXT/PLAIN 102+1+1}}"
+       " {TEXT/PLAIN 115+1+1}"},
       {"never closed: what follows in the outer one is not lost",
        kMixed + "--b\n" + inner + "--i\n\nA\n--b\n\nB\n--b--\n", kOk,
-       "MULTIPART/MIXED 0+45 45+73 =73\n"
-       "  MULTIPART/ALTERNATIVE 49+49 98+6 =6\n"
-       "    TEXT/PLAIN 102+1 103+1 =1\n"
-       "  TEXT/PLAIN 109+1 110+1 =1\n"},
+       "MULTIPART/MIXED 0+45+73 {MULTIPART/ALTERNATIVE 49+49+6 {TEXT/PLAIN 102+1+1}}"
+       " {TEXT/PLAIN 109+1+1}"},
       {"without a boundary: what follows in the outer one is not lost",
        kMixed + "--b\nContent-Type: multipart/mixed\n\nx\n--b\n\nB\n--b--\n", kOk,
-       "MULTIPART/MIXED 0+45 45+50 =50\n"
-       "  MULTIPART/MIXED 49+31 80+1 =1 opaque\n"
-       "  TEXT/PLAIN 86+1 87+1 =1\n"},
+       "MULTIPART/MIXED 0+45+50 {MULTIPART/MIXED 49+31+1 opaque} {TEXT/PLAIN 86+1+1}"},
       {"closed from outside, directly in front of its own delimiter",
        kMixed + "--b\n" + inner + "--i\n\nA\n--b--\n--i\n\nB\n--b\n", kOk,
-       "MULTIPART/MIXED 0+45 45+66 =66\n"
-       "  MULTIPART/ALTERNATIVE 49+49 98+6 =6\n"
-       "    TEXT/PLAIN 102+1 103+1 =1\n"},
+       "MULTIPART/MIXED 0+45+66 {MULTIPART/ALTERNATIVE 49+49+6 {TEXT/PLAIN 102+1+1}}"},
       {"a header that a very long outer delimiter cuts",
        "Content-Type: multipart/mixed; boundary=" + x + "\n\n--" + x + "\n" + inner + "--i\n" +
            inner + "--" + x + "\n\nA\n--" + x + "--\nB",
        kOk,
-       "MULTIPART/MIXED 0+3042 3042+9116 =9116\n"
-       "  MULTIPART/ALTERNATIVE 6045+49 6094+52 =52\n"
-       "    MULTIPART/ALTERNATIVE 6098+49 6147+0 =0\n"
-       "  TEXT/PLAIN 9150+1 9151+1 =1\n"},
+       "MULTIPART/MIXED 0+3042+9116 {MULTIPART/ALTERNATIVE 6045+49+52 "
+       "{MULTIPART/ALTERNATIVE 6098+49+0}} {TEXT/PLAIN 9150+1+1}"},
       {"the same boundary inside",
        "Content-Type: multipart/mixed; boundary=i\n\n--i\n" + inner +
            "--i\n\nA\n--i--\n\n--i\n\nB\n--i--\n",
        kOk,
-       "MULTIPART/MIXED 0+43 43+80 =80\n"
-       "  MULTIPART/ALTERNATIVE 47+49 96+13 =13\n"
-       "    TEXT/PLAIN 100+1 101+1 =1\n"
-       "  TEXT/PLAIN 114+1 115+1 =1\n"},
+       "MULTIPART/MIXED 0+43+80 {MULTIPART/ALTERNATIVE 47+49+13 {TEXT/PLAIN 100+1+1}}"
+       " {TEXT/PLAIN 114+1+1}"},
   });
 }
 
 TEST(Load, TakesEnclosedMessagesApart) {
   ExpectTrees({
       {"with a multipart", "Content-Type: message/rfc822\n\n" + kMixed + "--b\n\nA\n--b--\n", kOk,
-       "MESSAGE/RFC822 0+30 30+58 =58\n"
-       "  MULTIPART/MIXED 30+45 75+13 =13\n"
-       "    TEXT/PLAIN 79+1 80+1 =1\n"},
+       "MESSAGE/RFC822 0+30+58 {MULTIPART/MIXED 30+45+13 {TEXT/PLAIN 79+1+1}}"},
       {"ended by the outer delimiter",
        kMixed + "--b\nContent-Type: message/rfc822\n\nA: b\n\nbody\n--b--\n", kOk,
-       "MULTIPART/MIXED 0+45 45+51 =51\n"
-       "  MESSAGE/RFC822 49+30 79+10 =10\n"
-       "    TEXT/PLAIN 79+6 85+4 =4\n"},
+       "MULTIPART/MIXED 0+45+51 {MESSAGE/RFC822 49+30+10 {TEXT/PLAIN 79+6+4}}"},
       {"empty", kMixed + "--b\nContent-Type: message/rfc822\n\n--b--\n", kOk,
-       "MULTIPART/MIXED 0+45 45+40 =40\n"
-       "  MESSAGE/RFC822 49+30 79+0 =0\n"
-       "    TEXT/PLAIN 79+0 79+0 =0\n"},
+       "MULTIPART/MIXED 0+45+40 {MESSAGE/RFC822 49+30+0 {TEXT/PLAIN 79+0+0}}"},
       {"delivery status",
        "Content-Type: message/delivery-status\n\nReporting-MTA: dns; x\n\nAction: failed\n", kOk,
-       "MESSAGE/DELIVERY-STATUS 0+39 39+38 =38\n"
-       "  TEXT/PLAIN 39+23 62+15 =15\n"},
+       "MESSAGE/DELIVERY-STATUS 0+39+38 {TEXT/PLAIN 39+23+15}"},
   });
 }
 
 TEST(Load, AnswersTheStreamsFaultsAndKeepsWhatItRead) {
   const std::string text = kMixed + "--b\r\nA: b\r\n\r\none\r\n--b\r\n\r\ntwo\r\n--b--\r\n";
   for (int64_t at = 0; at < std::ssize(text); ++at) {
-    for (const int64_t size : testing::kBufferSizes) {
+    for (const int64_t size : kBufferSizes) {
       SCOPED_TRACE(::testing::Message() << "fails at " << at << ", buffer of " << size);
       DripSource source(text, 3, at);
       Minstream in(source.Reading(), size);
@@ -218,7 +166,7 @@ TEST(Load, ReplacesWhatThePartHeldBefore) {
   Bodypart message;
   ASSERT_EQ(LoadFromCopy(message, first), kOk);
   EXPECT_EQ(LoadFromCopy(message, "A: b\n\nx"), kOk);
-  EXPECT_EQ(TreeText(message), "TEXT/PLAIN 0+6 6+1 =1\n");
+  EXPECT_EQ(TreeText(message), "TEXT/PLAIN 0+6+1");
   EXPECT_EQ(message.Header.Count(), 1u);
 }
 
@@ -274,45 +222,27 @@ TEST(Limits, TheRestOfAMultipartWithTooManyPartsIsOneLeaf) {
 // Messages thrown together from what parsers stumble over. Whatever comes out, it is the same from
 // every source and lies inside the data.
 TEST(Load, GivesTheSameTreeOfRandomMailFromEverySource) {
-  constexpr const char* kPieces[] = {"\r\n",
-                                     "\n",
-                                     "\r",
-                                     "\r\n\r\n",
-                                     "\n\n",
-                                     "--b",
-                                     "--b--",
-                                     "--",
-                                     "-",
-                                     " ",
-                                     "\t",
-                                     "--c",
-                                     "--c--",
-                                     "Content-Type: multipart/mixed; boundary=b\r\n",
-                                     "Content-Type: multipart/digest;\r\n boundary=c\n",
-                                     "Content-Type: message/rfc822\n",
-                                     "Content-Type: application/ms-tnef\n",
-                                     "Content-Transfer-Encoding: base64\n",
-                                     "Content-Transfer-Encoding: quoted-printable\n",
-                                     "Content-Type: multipart/mixed; boundary=\"c-\"\n",
-                                     "--c-\n",
-                                     "begin 644 f\n",
-                                     "#86)C\n",
-                                     "end\n",
-                                     "b",
-                                     "TWFu",
-                                     "=3D",
-                                     "=",
-                                     "text",
-                                     "X: y\r\n",
-                                     std::string_view("\0", 1).data()};
+  // clang-format off
+  constexpr std::string_view kPieces[] = {
+      "\r\n", "\n", "\r", "\r\n\r\n", "\n\n", " ", "\t", "\0"sv, "-", "--", "--b", "--b--", "--c", "--c--",
+      "--c-\n", "b", "TWFu", "=3D", "=", "text", "begin 644 f\n", "#86)C\n", "end\n", "X: y\r\n",
+      "Content-Type: multipart/mixed; boundary=b\r\n",
+      "Content-Type: multipart/mixed; boundary=\"c-\"\n",
+      "Content-Type: multipart/digest;\r\n boundary=c\n",
+      "Content-Type: message/rfc822\n",
+      "Content-Type: application/ms-tnef\n",
+      "Content-Transfer-Encoding: base64\n",
+      "Content-Transfer-Encoding: quoted-printable\n"};
+  // clang-format on
   std::mt19937 random(7);
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 300 && !::testing::Test::HasFailure(); ++round) {
     std::string text;
-    for (auto count = random() % 40; count > 0; --count) {
+    for (auto count = random() % 40; count > 0; --count)
       text += kPieces[random() % std::size(kPieces)];
-    }
     SCOPED_TRACE(text);
-    const std::string want = TreeOf(text);
+    Bodypart from_memory;
+    LoadFromCopy(from_memory, text);
+    const std::string want = TreeText(from_memory);
     ForEverySource(text, [&](Minstream& in) {
       Bodypart message;
       Load(message, in);
@@ -324,9 +254,8 @@ TEST(Load, GivesTheSameTreeOfRandomMailFromEverySource) {
         ASSERT_LE(part.BodyStart + part.BodyLength, std::ssize(text));
       });
     });
-    if (::testing::Test::HasFailure()) break;
   }
 }
 
 }  // namespace
-}  // namespace mimora
+}  // namespace mimora::testing

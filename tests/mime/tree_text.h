@@ -1,7 +1,9 @@
 // Copyright (c) 2026 the mimora developers.
 //
-// A tree as a text that tests compare: one line a part, indented by its depth,
-//   TYPE header-offset+size body-offset+size =decoded-size [uu NAME offset+length=size] [tnef ...]
+// A tree as a text that tests compare: the header of a part begins at an offset and has a size, its
+// body follows. The decoded size is told when it is not that of the body, then the files inside,
+// and in braces the parts:
+//   TYPE offset+header+body [=decoded] [uu NAME offset+length=size] [tnef NAME offset=size] {...}
 #ifndef MIMORA_TESTS_MIME_TREE_TEXT_H_
 #define MIMORA_TESTS_MIME_TREE_TEXT_H_
 
@@ -11,25 +13,22 @@
 
 namespace mimora::testing {
 
-inline std::string TreeText(const Bodypart& root) {
-  std::string text;
+inline std::string TreeText(const Bodypart& part) {
   const auto number = [](int64_t value) { return std::to_string(value); };
-  WalkBodyparts(root, [&](const Bodypart& part) {
-    text += std::string(2 * static_cast<size_t>(part.Depth() - root.Depth()), ' ') +
-            part.Type().Full() + " " + number(part.PartStart) + "+" + number(part.HeaderSize) +
-            " " + number(part.BodyStart) + "+" + number(part.BodyLength) + " =" +
-            number(part.DecodedSize);
-    if (part.Opaque) text += " opaque";
-    for (const EmbeddedAttachment& file : part.UuencodedBlocks) {
-      text += " [uu " + file.Name + " " + number(file.Offset) + "+" + number(file.BlockLength) +
-              "=" + number(file.DecodedSize) + "]";
-    }
-    for (const EmbeddedAttachment& file : part.TnefAttachments) {
-      text +=
-          " [tnef " + file.Name + " " + number(file.Offset) + "=" + number(file.DecodedSize) + "]";
-    }
-    text += "\n";
-  });
+  std::string text = part.Type().Full() + " " + number(part.PartStart) + "+" +
+                     number(part.HeaderSize) + "+" + number(part.BodyLength);
+  if (part.BodyStart != part.PartStart + part.HeaderSize) text += " at " + number(part.BodyStart);
+  if (part.DecodedSize != part.BodyLength) text += " =" + number(part.DecodedSize);
+  if (part.Opaque) text += " opaque";
+  for (const EmbeddedAttachment& file : part.UuencodedBlocks) {
+    text += " [uu " + file.Name + " " + number(file.Offset) + "+" + number(file.BlockLength) + "=" +
+            number(file.DecodedSize) + "]";
+  }
+  for (const EmbeddedAttachment& file : part.TnefAttachments)
+    text +=
+        " [tnef " + file.Name + " " + number(file.Offset) + "=" + number(file.DecodedSize) + "]";
+  for (const auto& child : part.Children) text += " {" + TreeText(*child) + "}";
+  if (part.EnclosedMessage != nullptr) text += " {" + TreeText(*part.EnclosedMessage) + "}";
   return text;
 }
 

@@ -4,15 +4,7 @@
 #ifndef MIMORA_TESTS_SUPPORT_CODERS_H_
 #define MIMORA_TESTS_SUPPORT_CODERS_H_
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdint>
-#include <functional>
-#include <iterator>
 #include <random>
-#include <string>
-#include <string_view>
 
 #include "codec/transfer_encoding.h"
 #include "support/sources.h"
@@ -34,7 +26,7 @@ inline StreamCoder DecoderOf(std::string_view encoding) {
 }
 
 inline std::string Coded(const StreamCoder& coder, std::string_view text) {
-  Minstream in(MemorySource{.data = text.data(), .length = std::ssize(text)});
+  Minstream in(SourceOf(text));
   Moutstream out(MemorySink{});
   EXPECT_EQ(coder(in, out), 0);
   return TextOf(out);
@@ -102,11 +94,12 @@ inline void ExpectErrorsToBeReportedAndKept(const StreamCoder& coder, std::strin
   EXPECT_GT(size, 0);
   for (int64_t room = 0; room <= size; ++room) {
     SCOPED_TRACE(::testing::Message() << "room for " << room << " of " << size << " bytes");
-    Minstream in(MemorySource{.data = text.data(), .length = std::ssize(text)});
+    Minstream in(SourceOf(text));
     int64_t left = room;
     const auto context = reinterpret_cast<intptr_t>(&left);
     Moutstream out(CallbackSink{.context = context, .write = WriteWhileThereIsRoom}, 5);
     EXPECT_EQ(coder(in, out), room < size ? -2 : 0);
+    EXPECT_EQ(coder(in, out), room < size ? -2 : 0) << "when called again";
     EXPECT_EQ(out.GetError(), room < size ? ENOSPC : 0);
   }
 }

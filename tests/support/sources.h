@@ -44,10 +44,7 @@ class DripSource {
   static DripSource& From(intptr_t context) { return *reinterpret_cast<DripSource*>(context); }
 
   int64_t Next(int64_t length) {
-    if (position_ >= fail_at_) {
-      errno = EIO;
-      return -1;
-    }
+    if (position_ >= fail_at_) return errno = EIO, -1;
     return std::max<int64_t>(
         std::min({length, step_, std::ssize(text_) - position_, fail_at_ - position_}), 0);
   }
@@ -96,40 +93,32 @@ inline std::string ReadFile(const std::string& name) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+inline MemorySource SourceOf(std::string_view text) {
+  return {.data = text.data(), .length = std::ssize(text)};
+}
+
 constexpr int64_t kBufferSizes[] = {1, 2, 3, 7, 64, 4096};
 
 // Calls CHECK with a stream over the text for every kind of source, every buffer size and short
 // reads. Where the bytes come from must never show.
 inline void ForEverySource(std::string_view text, const std::function<void(Minstream&)>& check) {
-  {
-    SCOPED_TRACE("memory");
-    Minstream in(MemorySource{.data = text.data(), .length = std::ssize(text)});
+  const auto check_with = [&check](const char* kind, auto... source) {
+    SCOPED_TRACE(kind);
+    Minstream in(source...);
     check(in);
-  }
+  };
+  check_with("memory", SourceOf(text));
   const TextFile file(text);
   for (const int64_t size : kBufferSizes) {
     SCOPED_TRACE(::testing::Message() << "buffer of " << size);
     // One failure is enough to read.
     if (::testing::Test::HasFailure()) return;
-    {
-      SCOPED_TRACE("file");
-      Minstream in(FileSource{.name = file.Name()}, size);
-      check(in);
-    }
+    check_with("file", FileSource{.name = file.Name()}, size);
     for (const int64_t step : {int64_t{1}, int64_t{5}, DripSource::kNever}) {
       SCOPED_TRACE(::testing::Message() << "at most " << step << " bytes a read");
-      DripSource reading(text, step);
-      DripSource pointing(text, step);
-      {
-        SCOPED_TRACE("read callback");
-        Minstream in(reading.Reading(), size);
-        check(in);
-      }
-      {
-        SCOPED_TRACE("read-pointer callback");
-        Minstream in(pointing.Pointing(), size);
-        check(in);
-      }
+      DripSource reading(text, step), pointing(text, step);
+      check_with("read callback", reading.Reading(), size);
+      check_with("read-pointer callback", pointing.Pointing(), size);
     }
   }
 }
