@@ -43,8 +43,8 @@
  *     hold the stream's lock (S_LockInStream). Blocks name only what differs.
  *
  *  9. Exceptions. The library throws nothing of its own, but C++ exceptions
- *     (std::bad_alloc, or one thrown by a callback) pass through after they
- *     were logged. C callers that may meet one compile with -fexceptions.
+ *     (std::bad_alloc, or one thrown by a stream callback) pass through after
+ *     they were logged. C callers that may meet one compile with -fexceptions.
  *
  * 10. Log. When the log file exists (/var/log/mimora.err unless configured
  *     otherwise) errors are written into it; when mimora1.err stands beside it,
@@ -87,8 +87,9 @@ typedef struct S_OutStream S_OutStream; /* a sink of bytes */
 typedef intptr_t S_Context;
 
 /* Reads at most LENGTH bytes into DESTINATION. Returns the number of bytes
- * read, 0 at the end of the data, -1 after an error (errno tells which). An
- * answer beyond LENGTH is an error, too. */
+ * read, 0 at the end of the data (it is then not asked again, unless the stream
+ * is moved), -1 after an error (errno tells which). An answer beyond LENGTH is
+ * an error, too. */
 typedef int64_t(MIMORA_CALL *S_ReadProc)(S_Context, void *destination,
                                          int64_t length);
 
@@ -203,7 +204,8 @@ MIMORA_API void M_PrintBodypart(M_Bodypart *part);
  * Damaged mail is not refused: a header that is cut off, a multipart that is
  * not closed and parts that make no sense are kept as well as they can be read.
  * Beyond 100 levels of nesting a part is a leaf whatever its type says, and
- * beyond 10,000 parts the rest of a multipart becomes one last leaf.
+ * beyond 10,000 parts the rest of a multipart becomes one last leaf. Beyond
+ * 10,000 listed files in a message further ones stay in their bodies.
  *
  * part    receives the tree; it may be a part inside a message.
  * in      the stream; the tree refers to it, so it must outlive the tree
@@ -239,8 +241,7 @@ MIMORA_API int32_t M_LoadBodypartFromBuffer(M_Bodypart *part, const void *data,
 
 /*
  * The same over a private copy of the text, so that the caller may free the text
- * at once. Writes the text to the log when the trace is on, or nothing was traced
- * before and the log file exists (which then switches the trace on).
+ * at once. While the trace goes into the log file, so does the text.
  *
  * part    receives the tree and owns the copy.
  * text    the bytes.
@@ -690,8 +691,10 @@ MIMORA_API void S_CheckInStream(S_InStream *in);
  * on it.
  *
  * in        the stream; NULL is ignored.
- * position  absolute position; a memory stream ignores one that is not inside
- *           its bytes.
+ * position  absolute position. A negative one is ignored; by a memory stream
+ *           every one that is not inside its bytes. A callback stream without a
+ *           seek function can only move inside its buffer: anything else is the
+ *           error ESPIPE.
  *
  * Since:   1.0
  */
@@ -777,8 +780,9 @@ MIMORA_API int32_t S_GetOutStreamFileName(S_OutStream *out, char *destination,
                                           uint32_t size);
 
 /*
- * Tells the first error of an output stream, the last one of an input stream. A
- * stream that has failed stays so: to try again, make a new one.
+ * Tells the first error of an output stream, the last one of an input stream. It
+ * is never taken back: what loads or copies from such a stream answers a failure,
+ * even if the source could go on.
  *
  * stream  a stream of either kind.
  *

@@ -111,11 +111,10 @@ int32_t M_LoadBodypartFromString(M_Bodypart* part, const char* text, int32_t len
     NoteBodypart(part);
     if (part == nullptr || text == nullptr || length < -1) return kNotOpen;
     ex_pos = 1;
+    LogTraceWithData(text, size, "LoadBodypartFromString");
+    ex_pos = 2;
     return LoadFromCopy(*ToBodypart(part), {text, static_cast<size_t>(size)});
   };
-  // In front of the entry line, which would decide that a process without the switch file traces
-  // nothing, dumps included.
-  LogTraceWithData(text, size, "LoadBodypartFromString");
   return RunExport("M_LoadBodypartFromString", work, [&](int ex_pos) {
     LogError("<E> LoadBodypartFromString 0x%x exception_pos=%d, temp_int=%d, offset=%d",
              static_cast<unsigned>(ExceptionCode()), ex_pos, length, 0);

@@ -56,7 +56,6 @@ bool IsDataLine(std::string_view line) {
 
 // Whether a data line has all characters that its bytes need: prose hardly ever does.
 bool IsWhole(std::string_view line) {
-  line = TrimRight(line, IsBlank);
   return !line.empty() && line.size() - 1 >= (4 * ValueOf(line.front()) + 2) / 3;
 }
 

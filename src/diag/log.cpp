@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <exception>
 
 #include "platform/platform.h"
 
@@ -41,12 +42,13 @@ void UpdateTraceGate() {
   } while (now != heard());
 }
 
-// Whatever goes wrong with the log, or in a trace callback, the mail goes on.
+// Whatever goes wrong with the log, or in a trace callback, the mail goes on. The unwinding of a
+// thread that is cancelled is no standard exception and has to pass.
 template <typename Work>
-void Quietly(Work work) noexcept {
+void Quietly(Work work) {
   try {
     work();
-  } catch (...) {
+  } catch (const std::exception&) {
   }
 }
 
@@ -149,7 +151,7 @@ const std::string& GetLogSwitchFilePath() {
   return path;
 }
 
-void LogTrace(const char* format, ...) noexcept {
+void LogTrace(const char* format, ...) {
   if (!TraceHeard()) return;
   va_list arguments;
   va_start(arguments, format);
@@ -169,7 +171,7 @@ void LogTrace(const char* format, ...) noexcept {
   va_end(arguments);
 }
 
-bool log_internal::ErrorHeard() noexcept {
+bool log_internal::ErrorHeard() {
   Quietly([] {
     if (error_state.load(std::memory_order_relaxed) != kUndecided) return;
     error_state.store(LogFileExists() ? kOn : kOff, std::memory_order_relaxed);
@@ -177,7 +179,7 @@ bool log_internal::ErrorHeard() noexcept {
   return error_state.load(std::memory_order_relaxed) == kOn;
 }
 
-void LogError(const char* format, ...) noexcept {
+void LogError(const char* format, ...) {
   if (!log_internal::ErrorHeard()) return;
   va_list arguments;
   va_start(arguments, format);
@@ -185,7 +187,7 @@ void LogError(const char* format, ...) noexcept {
   va_end(arguments);
 }
 
-void LogTraceWithData(const void* data, int64_t size, const char* format, ...) noexcept {
+void LogTraceWithData(const void* data, int64_t size, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   Quietly([&] {
@@ -207,7 +209,7 @@ void LogTraceWithData(const void* data, int64_t size, const char* format, ...) n
   va_end(arguments);
 }
 
-void LogUserText(std::string_view text) noexcept {
+void LogUserText(std::string_view text) {
   if (!TraceHeard()) return;
   Quietly([text] {
     std::string plain;

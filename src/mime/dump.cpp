@@ -32,10 +32,11 @@ class Dump {
         Open(*part.Children[next]);
       } else if (major == "MESSAGE" && next == 0) {
         Line(part, "body=bodypart");
-        if (part.EnclosedMessage != nullptr)
+        if (part.EnclosedMessage != nullptr) {
           Open(*part.EnclosedMessage);
-        else
+        } else {
           WriteNull();
+        }
       } else {
         WriteEnd(part);
         open_.pop_back();
@@ -113,7 +114,8 @@ class Dump {
 
 void DumpBodypart(const Bodypart* part, std::FILE* file) {
   Dump dump(file);
-  part != nullptr ? dump.Write(*part) : dump.WriteNull();
+  if (part == nullptr) return dump.WriteNull();
+  dump.Write(*part);
 }
 
 }  // namespace mimora

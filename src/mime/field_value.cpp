@@ -63,6 +63,7 @@ class Splitter {
     const size_t begin = at_;
     // Only there a quotation mark begins a quoted string: elsewhere it may be the sign for inches.
     bool value_begins = true;
+    bool named = false;
     while (at_ < text_.size() && text_[at_] != ';') {
       const char c = text_[at_];
       if (c == '"' && value_begins) {
@@ -72,7 +73,8 @@ class Splitter {
       } else {
         ++at_;
       }
-      value_begins = c == '=' || (value_begins && (IsSpace(c) || c == '('));
+      value_begins = (c == '=' && !named) || (value_begins && (IsSpace(c) || c == '('));
+      named = named || c == '=';
     }
     piece = text_.substr(begin, at_ - begin);
     done_ = at_ == text_.size();
@@ -81,7 +83,7 @@ class Splitter {
   }
 
   // Whether parentheses in the pieces so far stand for comments.
-  bool Comments() const { return comments_; }
+  bool HasComments() const { return comments_; }
 
  private:
   // What is opened here but never closed is a character like any other, and all that come after it
@@ -114,7 +116,8 @@ std::string WithoutComments(std::string_view text, Comments comments) {
       kept += text[at++];
       continue;
     }
-    const size_t behind = std::min(SkipComment(text, at), text.size());
+    const size_t behind = SkipComment(text, at);
+    if (behind == std::string_view::npos) return kept.append(text.substr(at));
     const bool begins_word = at == 0 || IsSpace(text[at - 1]);
     const bool ends_word = behind == text.size() || IsSpace(text[behind]);
     const bool inside_word = comments == Comments::kAroundWords && !begins_word && !ends_word;
@@ -242,7 +245,7 @@ std::string FieldValue::Main() const {
   Splitter pieces(text_);
   std::string_view main;
   pieces.Next(main);
-  return PlainText(main, pieces.Comments() ? Comments::kAnywhere : Comments::kNowhere);
+  return PlainText(main, pieces.HasComments() ? Comments::kAnywhere : Comments::kNowhere);
 }
 
 std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
@@ -251,7 +254,7 @@ std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
   Splitter pieces(text_);
   std::string_view piece;
   for (pieces.Next(piece); pieces.Next(piece);) {
-    const Comments comments = pieces.Comments() ? Comments::kAroundWords : Comments::kNowhere;
+    const Comments comments = pieces.HasComments() ? Comments::kAroundWords : Comments::kNowhere;
     const auto parameter = ParseParameter(piece, comments);
     if (!parameter || parameter->name.size() < name.size()) continue;
     const std::string_view full = parameter->name;

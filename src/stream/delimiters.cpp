@@ -81,13 +81,14 @@ DelimiterMatch Delimiters::MatchOne(const Delimiter& delimiter, const char* p, i
   return match;
 }
 
-DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end) const {
+DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end,
+                                 size_t levels) const {
   DelimiterMatch best;
   size_t best_length = 0;
   // Most lines differ from all of them in what these have in common.
   const size_t shared = std::min(stack_.back().shared, static_cast<size_t>(available));
   if (std::memcmp(p, Innermost().data(), shared) != 0) return best;
-  for (size_t level = stack_.size(); level-- > 0;) {
+  for (size_t level = levels; level-- > 0;) {
     const Delimiter& delimiter = stack_[level];
     if (delimiter.text.size() <= best_length) continue;
     DelimiterMatch match = MatchOne(delimiter, p, available, at_end);

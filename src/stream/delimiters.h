@@ -40,8 +40,8 @@ class Delimiters {
 
   // Whether the line that begins at P, of which AVAILABLE bytes are in view, is a delimiter line.
   // AT_END: there are no bytes behind those in view. A line that fits several delimiters belongs to
-  // the longest, among equals to the innermost.
-  DelimiterMatch Match(const char* p, int64_t available, bool at_end) const;
+  // the longest, among equals to the innermost. Only the outermost LEVELS are asked.
+  DelimiterMatch Match(const char* p, int64_t available, bool at_end, size_t levels) const;
 
   // The same about a whole line and the innermost delimiter alone.
   DelimiterMatch MatchInnermost(std::string_view line) const;

@@ -135,6 +135,15 @@ int64_t Minstream::CallRead(char* destination, int64_t request) {
   return count;
 }
 
+// What is wrong with the answer of a read, an errno value; 0 for nothing.
+int32_t Minstream::ErrorOfRead(int64_t count, int64_t request) const {
+  if (count == -1 && errno != 0) return errno;
+  // More than there is room for, or less than nothing: nothing that it wrote can be trusted.
+  if (count < 0 || count > request) return EIO;
+  const bool is_file = file_ != platform::kNoFile;
+  return is_file && buffer_end_ + count > platform::kLargestFilePosition ? EOVERFLOW : 0;
+}
+
 // Gets new bytes behind those that are unread. False when there are none to be had.
 bool Minstream::FillBuffer() {
   if (mode_ == kMemory || !ok_ || ended_ || buffer_ == nullptr) return false;
@@ -153,19 +162,15 @@ bool Minstream::FillBuffer() {
     errno = 0;
     count = CallRead(buffer_.get() + filled_, request);
     ex_pos = 3;
-    // More than there is room for, or less than nothing: nothing that it wrote can be trusted.
-    const bool too_far =
-        file_ != platform::kNoFile && buffer_end_ + count > platform::kLargestFilePosition;
-    if (count < 0 || count > request || too_far) {
-      error_ = too_far ? EOVERFLOW : count == -1 && errno != 0 ? errno : EIO;
-      ended_ = true;
+    if (const int32_t error = ErrorOfRead(count, request)) {
+      error_ = error;
       return false;
     }
   } catch (...) {
     LogError("<E> FillBuffer ex_pos=%d, out=%d", ex_pos, static_cast<int>(count));
     throw;
   }
-  // A source that goes on behind its end would tear apart what is read from it.
+  // What a source hands out behind its end would tear apart what is read from it.
   ended_ = count == 0;
   filled_ += count;
   buffer_end_ += count;
@@ -186,11 +191,12 @@ bool Minstream::Ensure(int64_t count) {
 // ---- Delimiters ---------------------------------------------------------------------------
 
 // Whether a delimiter line begins SKIP bytes behind the index; reads on until that is decided.
-DelimiterMatch Minstream::DecideMatch(int64_t skip) {
+DelimiterMatch Minstream::DecideMatch(int64_t skip, size_t levels) {
   bool at_end = mode_ == kMemory;
   for (;;) {
     const int64_t available = EffectiveEnd() - index_ - skip;
-    const DelimiterMatch match = delimiters_.Match(data_ + index_ + skip, available, at_end);
+    const DelimiterMatch match =
+        delimiters_.Match(data_ + index_ + skip, available, at_end, levels);
     if (match.verdict != DelimiterMatch::kMore) return match;
     at_end = !Ensure(skip + match.needed);
   }
@@ -216,7 +222,7 @@ bool Minstream::HitAtIndex() {
   } else if (last_character_ != '\n' || data_[index_] != delimiters_.FirstCharacter()) {
     return false;
   }
-  const DelimiterMatch match = DecideMatch(line_end);
+  const DelimiterMatch match = DecideMatch(line_end, delimiters_.Count());
   if (match.verdict != DelimiterMatch::kYes) return false;
   boundary_position_ = Position();
   hit_line_end_ = line_end;
@@ -242,9 +248,9 @@ void Minstream::ReadDelimiterLine(DelimiterMatch match) {
       break;
     }
     Ensure(line_end + 1);
-    match = DecideMatch(line_end);
     // Multiparts inside the one that was hit have ended, and their delimiters with them.
-    const bool another = match.verdict == DelimiterMatch::kYes && match.level <= hit_level_;
+    match = DecideMatch(line_end, hit_level_ + 1);
+    const bool another = match.verdict == DelimiterMatch::kYes;
     // The end of an inner multipart and the next delimiter of an outer one are two.
     if (another && hit_closes_ && match.level < hit_level_) break;
     index_ += line_end;
@@ -290,7 +296,8 @@ int64_t Minstream::PlainLength() const {
     if (p == search_end) return hold - begin;
     const char* start = p > begin && p[-1] == '\r' ? p - 1 : p;
     if (start == begin) continue;
-    const DelimiterMatch match = delimiters_.Match(p + 1, end - p - 1, mode_ == kMemory);
+    const DelimiterMatch match =
+        delimiters_.Match(p + 1, end - p - 1, mode_ == kMemory, delimiters_.Count());
     if (match.verdict != DelimiterMatch::kNo) return std::min(start, hold) - begin;
   }
 }
@@ -315,7 +322,8 @@ void Minstream::EnterBoundary(std::string_view delimiter) {
   delimiters_.Push(delimiter);
   plain_ = index_;
   if (!hit_) return;
-  // The line that was taken for an outer delimiter may be the first one of this.
+  // The line that was taken for an outer delimiter may be the first one of this, unless it fits
+  // that one better.
   if (delimiter.size() < delimiters_.At(hit_level_).size()) return;
   const DelimiterMatch match = delimiters_.MatchInnermost(boundary_line_);
   if (match.verdict != DelimiterMatch::kYes) return;
@@ -430,7 +438,6 @@ int64_t Minstream::Position() {
 void Minstream::Seek(int64_t position) {
   owner_ = platform::ThreadToken();
   owner_thread_ = platform::ThreadId();
-  ended_ = false;
   if (position < 0 || position > kLargestPosition) return;
   FindStartPosition();
   const int64_t buffer_start = mode_ == kMemory ? 0 : buffer_end_ - filled_;
@@ -449,6 +456,7 @@ void Minstream::Seek(int64_t position) {
     return;
   }
   plain_ = index_;
+  ended_ = false;
   last_character_ = '\n';
   if (hit_) ClearBoundaryHit();
 }

@@ -147,12 +147,13 @@ class Minstream {
   void FindStartPosition();
   int64_t EffectiveEnd() const;
   bool FillBuffer();
+  int32_t ErrorOfRead(int64_t count, int64_t request) const;
   bool Ensure(int64_t count);
   bool FindPlainRun();
   int64_t PlainLength() const;
   int64_t LineEndSizeAt(int64_t skip);
   bool HitAtIndex();
-  DelimiterMatch DecideMatch(int64_t skip);
+  DelimiterMatch DecideMatch(int64_t skip, size_t levels);
   void ReadDelimiterLine(DelimiterMatch match);
   void ReadRestOfLine();
 
@@ -160,7 +161,7 @@ class Minstream {
   Mode mode_ = kBuffered;
   bool ok_ = false;
   bool position_known_ = false;
-  bool ended_ = false;  // the source has no more; only a seek makes it worth asking again
+  bool ended_ = false;  // the source said so; it is not asked again before a seek
   bool hit_ = false;
   bool hit_closes_ = false;
   char last_character_ = '\n';  // the very first byte counts as the start of a line

@@ -38,6 +38,9 @@ static int expect(int condition, const char* text) {
 }
 #define EXPECT(condition) failures += expect(condition, #condition)
 
+static int lines = 0;
+static void MIMORA_CALL count_line(const char* line) { lines += line[0] != '\0'; }
+
 int main(void) {
   int failures = 0;
   int64_t position = 0, decoded = 0, raw = 0;
@@ -46,7 +49,11 @@ int main(void) {
       S_CreateInStream(NULL, 0, (S_Context)&position, read_message, seek_message, tell_message, 9);
   S_OutStream* out = S_CreateOutStream(NULL, (S_Context)text, append, NULL, NULL, 2);
   M_Bodypart* message = M_CreateMessage();
+  P_SetQQ_callback(count_line);
   EXPECT(P_MIMORATest(7) == 0);
+  P_QQ("line");
+  P_SetQQ_callback(NULL);
+  EXPECT(lines == 1);
   EXPECT(M_LoadMessage(message, in) == MIMORA_OK);
   EXPECT(strcmp(M_BodypartHeaderFieldValue(message, "subject"), "From C") == 0);
   EXPECT(M_GetBodypartSize(message, &decoded, &raw) == 0);

@@ -82,6 +82,7 @@ constexpr struct {
      "[cat 90]"},
     {"blanks behind data and lost ones", "{begin 644 cat\n#0V%T \t \n#0\n#\nend\n}", "[cat 9]"},
     {"a checksum behind the data", "{begin 644 cat\n#0V%Tx\n#0V%Txyz0\n`\nend\n}", "[cat 6]"},
+    {"data that ends in blanks", "{begin 644 cat\n!0   \n#    \n \nend\n}", "[cat 4]"},
     {"too much behind the data", "begin 644 cat\n#0V%Txyz00\n`\nend\n", ""},
     {"a name with blanks", "{begin\t644 \t the cat.txt \t\n`\nend\n}", "[the cat.txt 0]"},
     {"modes of four and six digits", "{begin 0644 cat\n`\nend\n}{begin 100644 cat\n`\nend\n}",

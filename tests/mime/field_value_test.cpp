@@ -40,6 +40,8 @@ TEST(FieldValue, GivesParameters) {
       {"quotes never closed", "t; p=\"a; q=b", "a"},
       {"inches, not quotes", "t; r=5\"disk; p=1; q=\"x\"", "1"},
       {"quotes that are never closed in another one", "t; r=\"x; p=a", "a"},
+      {"quotes behind a second equals sign", "t; r=http://x/?q=\"; p=1; q=\"x\"", "1"},
+      {"quotes and a parenthesis in a word", "t; p=a=\"b(c\"", "a=\"b(c\""},
       {"a zero", "t; p*=''a%00b", "ab"},
       {"comment behind", "t; p=abc (a; b)", "abc"},
       {"comment glued on", "t; p=abc(x)", "abc"},

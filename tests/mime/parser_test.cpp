@@ -108,6 +108,12 @@ TEST(Load, TakesNestedMultipartsApart) {
       {"closed from outside, directly in front of its own delimiter",
        kMixed + "--b\n" + inner + "--i\n\nA\n--b--\n--i\n\nB\n--b\n", kOk,
        "MULTIPART/MIXED 0+45+66 {MULTIPART/ALTERNATIVE 49+49+6 {TEXT/PLAIN 102+1+1}}"},
+      {"a delimiter of the ended one that is also one of the outer one",
+       kMixed +
+           "--b\nContent-Type: multipart/x; boundary=\"b -2\"\n\n--b -2\n\nA\n--b\n--b -2\n\nB\n"
+           "--b--\n",
+       kOk,
+       "MULTIPART/MIXED 0+45+78 {MULTIPART/X 49+44+9 {TEXT/PLAIN 100+1+1}} {TEXT/PLAIN 114+1+1}"},
       {"a header that a very long outer delimiter cuts",
        "Content-Type: multipart/mixed; boundary=" + x + "\n\n--" + x + "\n" + inner + "--i\n" +
            inner + "--" + x + "\n\nA\n--" + x + "--\nB",

@@ -18,7 +18,8 @@ TEST(Delimiters, BlanksOfAClosingOneHaveALimit) {
   for (const size_t blanks : {limit - 1, limit, limit + 1}) {
     SCOPED_TRACE(blanks);
     const std::string line = "--b--" + std::string(blanks, ' ') + "x";
-    const DelimiterMatch match = delimiters.Match(line.data(), std::ssize(line), false);
+    const DelimiterMatch match =
+        delimiters.Match(line.data(), std::ssize(line), false, delimiters.Count());
     EXPECT_EQ(match.verdict, blanks < limit ? DelimiterMatch::kNo : DelimiterMatch::kYes);
     EXPECT_EQ(match.closes, blanks >= limit);
   }
@@ -44,7 +45,8 @@ TEST(Delimiters, OfSeveralTheLongestWinsAndAmongEqualsTheInnermost) {
     SCOPED_TRACE(c.name);
     Delimiters delimiters;
     for (const char* delimiter : c.stack) delimiters.Push(delimiter);
-    const DelimiterMatch match = delimiters.Match(c.line.data(), std::ssize(c.line), false);
+    const DelimiterMatch match =
+        delimiters.Match(c.line.data(), std::ssize(c.line), false, delimiters.Count());
     EXPECT_EQ(match.verdict, DelimiterMatch::kYes);
     EXPECT_EQ(match.level, c.level);
     EXPECT_EQ(match.closes, c.closes);
