@@ -15,6 +15,6 @@ cc -o "$work/consumer" "$here/consumer.c" \
   $(pkg-config --define-variable=prefix="$work/root" --cflags --libs mimora)
 LD_LIBRARY_PATH=$libdir "$work/consumer" "$2"
 
-cmake -S "$here" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/root" >/dev/null
+cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/root" >/dev/null
 cmake --build "$work/build" >/dev/null
 "$work/build/consumer" "$2"
