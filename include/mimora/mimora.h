@@ -554,6 +554,23 @@ MIMORA_API int32_t M_MimeParameter(M_Bodypart *part, const char *field,
 MIMORA_API int32_t M_GetBodypartMimeContentType(M_Bodypart *part, char *buffer,
                                                 uint32_t size);
 
+/*
+ * Finds the letter of a message: the plain text that a person wrote.
+ *
+ * A single part is the letter when it is text/plain and no attachment
+ * (Content-Disposition, RFC 2183). Of a multipart/alternative it is the first
+ * such part, else that of the first alternative inside it that has one; of a
+ * multipart/related (RFC 2387) the part that "start" names, or the first, or the
+ * plain version of either; of any other multipart the first child that is a text,
+ * an alternative or a related one decides. When that is HTML, there is none.
+ *
+ * part    usually the root of a message.
+ *
+ * Returns the part, which belongs to the message; NULL when there is no letter.
+ * Since:   1.0
+ */
+MIMORA_API M_Bodypart *M_FindTextLetterBodypart(M_Bodypart *part);
+
 /* ------------------------------------------------------------------------
  * Messages: bodies as they stand in the source
  * --------------------------------------------------------------------- */

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "analysis/raw_body.h"
+#include "analysis/text_letter.h"
 #include "api/frame.h"
 #include "diag/result.h"
 #include "mime/dump.h"
@@ -324,6 +325,11 @@ int32_t M_GetBodypartMimeContentType(M_Bodypart* part, char* buffer, uint32_t si
     CopyCut("", buffer, size);
     return 1;
   });
+}
+
+M_Bodypart* M_FindTextLetterBodypart(M_Bodypart* part) {
+  return RunOnBodypart("M_FindTextLetterBodypart", part, static_cast<M_Bodypart*>(nullptr),
+                       [](Bodypart& bodypart) { return ToHandle(FindTextLetter(bodypart)); });
 }
 
 // ---- Bodies as they stand ---------------------------------------------------------------------
