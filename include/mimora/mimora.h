@@ -555,6 +555,25 @@ MIMORA_API int32_t M_GetBodypartMimeContentType(M_Bodypart *part, char *buffer,
                                                 uint32_t size);
 
 /*
+ * Copies the content type of an attachment.
+ *
+ * number  0: the part itself, as M_GetBodypartMimeContentType; from 1 on: the
+ *         n-th file inside its body, uuencoded ones first, then those of a TNEF
+ *         body. Such a file has no declared type: the extension of its name
+ *         tells it, as P_Extension2MimeType does.
+ * part    the part.
+ * buffer  receives the text, cut to fit, always with a terminating zero.
+ * size    room in BUFFER, in bytes.
+ *
+ * Returns 0; 1 the text was cut or BUFFER is NULL; 1 also when the type is not
+ *         known, there is no such attachment, or PART is NULL (BUFFER is then the
+ *         empty text).
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetAttachmentMimeType(int32_t number, M_Bodypart *part,
+                                           char *buffer, uint32_t size);
+
+/*
  * Finds the letter of a message: the plain text that a person wrote.
  *
  * A single part is the letter when it is text/plain and no attachment
@@ -889,6 +908,60 @@ MIMORA_API int32_t P_EncodeBASE64(const char *inputFile, const char *outputFile,
  * Since:   1.0
  */
 MIMORA_API int32_t P_DecodeBASE64(const char *inputFile, const char *outputFile);
+
+/* ------------------------------------------------------------------------
+ * Procedures: character sets and file types
+ * --------------------------------------------------------------------- */
+
+/*
+ * Tells the code page of a character set.
+ *
+ * charset  its name as mail writes it, in any case ("iso-8859-2", "utf-8").
+ *          "us-ascii" is 1250: mail that claims it but has other bytes is mostly
+ *          Central European.
+ *
+ * Returns the code page; 0 when the name is not known, or NULL.
+ * Since:   1.0
+ */
+MIMORA_API uint32_t P_GetCodePage(const char *charset);
+
+/* What P_Extension2MimeType answers besides 0. */
+#define MIMORA_TYPE_UNKNOWN 2
+#define MIMORA_TYPE_TOO_LONG 234
+
+/*
+ * Tells the content type of files with an extension: that of this machine (the
+ * file that the setting Mime_Types or the environment variable
+ * MIMORA_MIME_TYPES names, else /etc/mime.types and the shared MIME database,
+ * read once), else that of P_GetExtensionFromMimeType's table.
+ *
+ * extension  with its dot, in any case: ".pdf".
+ * buffer     receives the type; the empty text when there is none.
+ * size       room in BUFFER, in bytes.
+ *
+ * Returns 0; MIMORA_TYPE_UNKNOWN, also for EXTENSION NULL or without its dot;
+ *         MIMORA_TYPE_TOO_LONG when the type and its zero do not fit, or BUFFER
+ *         is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_Extension2MimeType(const char *extension, char *buffer,
+                                        uint32_t size);
+
+/*
+ * Tells an extension for files of a content type, for naming an attachment that
+ * has no name. The table is small on purpose and the same on every machine.
+ *
+ * contentType  without parameters, in any case: "text/plain".
+ * buffer       receives the extension in upper case with its dot (".TXT"); the
+ *              empty text for a type that is not in the table.
+ * size         room in BUFFER, in bytes.
+ *
+ * Returns 0; 1 when the extension and its zero do not fit, or BUFFER is NULL:
+ *         BUFFER is then left alone.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_GetExtensionFromMimeType(const char *contentType,
+                                              char *buffer, uint32_t size);
 
 /* ------------------------------------------------------------------------
  * Procedures: the library itself

@@ -5,6 +5,7 @@
 #include <new>
 #include <string>
 
+#include "analysis/mime_types.h"
 #include "analysis/raw_body.h"
 #include "analysis/text_letter.h"
 #include "api/frame.h"
@@ -339,6 +340,16 @@ int32_t M_GetBodypartSize(M_Bodypart* part, int64_t* decodedSize, int64_t* rawSi
     if (decodedSize != nullptr) *decodedSize = bodypart.DecodedSize;
     if (rawSize != nullptr) *rawSize = bodypart.BodyLength;
     return 0;
+  });
+}
+
+int32_t M_GetAttachmentMimeType(int32_t number, M_Bodypart* part, char* buffer, uint32_t size) {
+  return RunExport("M_GetAttachmentMimeType", [&](int&) {
+    NoteBodypart(part);
+    const auto type = part != nullptr ? AttachmentType(*ToBodypart(part), number) : std::nullopt;
+    if (type) return CopyCut(*type, buffer, size);
+    CopyCut("", buffer, size);
+    return 1;
   });
 }
 

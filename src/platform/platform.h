@@ -85,6 +85,13 @@ class AppendFile {
   int file_;
 };
 
+// ---- File types -----------------------------------------------------------------------------
+
+// The content type that this machine gives to files of an extension, which has no dot and may be in
+// any case. Asked once: the file that the setting Mime_Types names, else /etc/mime.types and behind
+// it the shared MIME database.
+std::optional<std::string> RegisteredType(std::string_view extension);
+
 // ---- Text -----------------------------------------------------------------------------------
 
 // Re-codes a text to UTF-8, bad bytes as U+FFFD. False, and nothing stored, for a charset that is
