@@ -666,6 +666,29 @@ MIMORA_API int32_t M_GetBodypartText(M_Bodypart *part, S_InStream *in4,
                                      void *buffer, int32_t offset,
                                      uint32_t *size);
 
+/*
+ * Writes bytes of the source into a file, undecoded.
+ *
+ * part      the part.
+ * in4       the stream to read; NULL: the one that the part was loaded from.
+ * fileName  the file; created, readable by its owner only, or emptied.
+ * bodyOnly  not 0: begins in the body and may read beyond it, as M_GetBodyText;
+ *           0: begins in the header and ends with the part, as M_GetBodypartText.
+ * offset    where to begin, counted from there.
+ * count     in: bytes wanted; out: bytes written.
+ *
+ * Returns MIMORA_OK, or the stream's error (S_GetIOError);
+ *         MIMORA_E_OPEN_OUTPUT: no file was made; MIMORA_E_READ: there are fewer
+ *         bytes than wanted, and MIMORA_E_WRITE: the file is removed again;
+ *         MIMORA_E_NOT_OPEN when there is no stream, or PART or COUNT is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_SaveBodyOrBodypartTextToFile(M_Bodypart *part,
+                                                  S_InStream *in4,
+                                                  const char *fileName,
+                                                  int32_t bodyOnly,
+                                                  int32_t offset, uint32_t *count);
+
 /* ------------------------------------------------------------------------
  * Streams
  * --------------------------------------------------------------------- */

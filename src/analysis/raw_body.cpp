@@ -2,24 +2,59 @@
 #include "analysis/raw_body.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
 
 #include "diag/result.h"
+#include "platform/platform.h"
 
 namespace mimora {
 namespace {
 
-int32_t ReadAt(const Bodypart* part, Minstream* in, int64_t start, int64_t end, void* buffer,
-               uint32_t* size) {
-  if (in == nullptr) in = part->BodyStream;
-  if (in == nullptr) return kNotOpen;
-  in->SetBoundary({});
-  in->SetReadLimit(kNoReadLimit);
-  in->Seek(start);
+// A piece of the source.
+struct Range {
+  int64_t start;
+  int64_t end;
+};
+
+Range BodyRange(const Bodypart& part, int32_t offset) {
+  return {part.BodyStart + offset, kWholeStream};
+}
+
+Range BodypartRange(const Bodypart& part, int32_t offset) {
+  const bool root = part.Parent == nullptr;
+  return {part.PartStart + offset, root ? kWholeStream : part.BodyStart + part.BodyLength};
+}
+
+// Moves the stream to the start of the range and tells how many of WANTED bytes lie in it.
+int64_t MoveTo(Minstream& in, Range range, uint32_t wanted) {
+  in.SetBoundary({});
+  in.SetReadLimit(kNoReadLimit);
+  in.Seek(range.start);
   // Where the source cannot go there is nothing to read.
-  const bool arrived = in->Position() == start;
-  const int64_t count = arrived ? std::clamp<int64_t>(end - start, 0, *size) : 0;
+  const bool arrived = in.Position() == range.start;
+  return arrived ? std::clamp<int64_t>(range.end - range.start, 0, wanted) : 0;
+}
+
+int32_t ReadRange(Minstream* in, Range range, void* buffer, uint32_t* size) {
+  if (in == nullptr) return kNotOpen;
+  const int64_t count = MoveTo(*in, range, *size);
   *size = static_cast<uint32_t>(in->ReadBlock(static_cast<char*>(buffer), count));
   return in->GetError();
+}
+
+// Copies exactly WANTED bytes, if the range has as many; counts those that were written.
+Result CopyRange(Minstream& in, Range range, uint32_t wanted, int file, uint32_t& written) {
+  if (MoveTo(in, range, wanted) < wanted) return kReadFailed;
+  while (written < wanted) {
+    const std::string_view run = in.NextRun().substr(0, wanted - written);
+    if (run.empty()) return kReadFailed;
+    if (platform::Write(file, run.data(), std::ssize(run)) != std::ssize(run)) return kWriteFailed;
+    in.Take(run.size());
+    written += static_cast<uint32_t>(run.size());
+  }
+  return kOk;
 }
 
 }  // namespace
@@ -27,14 +62,31 @@ int32_t ReadAt(const Bodypart* part, Minstream* in, int64_t start, int64_t end, 
 int32_t ReadBodyText(const Bodypart* part, Minstream* in, void* buffer, int32_t offset,
                      uint32_t* size) {
   if (part == nullptr || buffer == nullptr || size == nullptr) return kNotOpen;
-  return ReadAt(part, in, part->BodyStart + offset, kWholeStream, buffer, size);
+  return ReadRange(in != nullptr ? in : part->BodyStream, BodyRange(*part, offset), buffer, size);
 }
 
 int32_t ReadBodypartText(const Bodypart* part, Minstream* in, void* buffer, int32_t offset,
                          uint32_t* size) {
   if (part == nullptr || buffer == nullptr || size == nullptr) return kNotOpen;
-  const int64_t end = part->Parent != nullptr ? part->BodyStart + part->BodyLength : kWholeStream;
-  return ReadAt(part, in, part->PartStart + offset, end, buffer, size);
+  return ReadRange(in != nullptr ? in : part->BodyStream, BodypartRange(*part, offset), buffer,
+                   size);
+}
+
+int32_t SaveText(const Bodypart* part, Minstream* in, const char* file_name, bool body_only,
+                 int32_t offset, uint32_t* count) {
+  if (part == nullptr || count == nullptr) return kNotOpen;
+  if (in == nullptr) in = part->BodyStream;
+  if (in == nullptr) return kNotOpen;
+  const int file = file_name != nullptr ? platform::OpenForWriting(file_name) : platform::kNoFile;
+  if (file == platform::kNoFile) return kOutputNotOpened;
+  const uint32_t wanted = std::exchange(*count, 0);
+  const Range range = body_only ? BodyRange(*part, offset) : BodypartRange(*part, offset);
+  const Result result = CopyRange(*in, range, wanted, file, *count);
+  platform::Close(file);
+  if (result == kOk) return in->GetError();
+  // Never a device that was written to.
+  if (platform::IsRegularFile(file_name)) platform::Remove(file_name);
+  return result;
 }
 
 }  // namespace mimora

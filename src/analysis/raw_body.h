@@ -20,6 +20,12 @@ int32_t ReadBodyText(const Bodypart* part, Minstream* in, void* buffer, int32_t 
 int32_t ReadBodypartText(const Bodypart* part, Minstream* in, void* buffer, int32_t offset,
                          uint32_t* size);
 
+// Write *COUNT bytes from there into a file and store how many it were: all of them, or the file is
+// removed again. Result 0, the stream's error, kOutputNotOpened, kReadFailed when there are fewer
+// bytes, kWriteFailed, or kNotOpen.
+int32_t SaveText(const Bodypart* part, Minstream* in, const char* file_name, bool body_only,
+                 int32_t offset, uint32_t* count);
+
 }  // namespace mimora
 
 #endif  // MIMORA_ANALYSIS_RAW_BODY_H_

@@ -392,3 +392,13 @@ int32_t M_GetBodypartText(M_Bodypart* part, S_InStream* in4, void* buffer, int32
     return ReadBodypartText(ToBodypart(part), ToInstream(in4), buffer, offset, size);
   });
 }
+
+int32_t M_SaveBodyOrBodypartTextToFile(M_Bodypart* part, S_InStream* in4, const char* fileName,
+                                       int32_t bodyOnly, int32_t offset, uint32_t* count) {
+  return RunExport("M_SaveBodyOrBodypartTextToFile", [&](int& ex_pos) {
+    NoteBodypart(part);
+    if (in4 != nullptr) NoteInstream(in4);
+    ex_pos = 1;
+    return SaveText(ToBodypart(part), ToInstream(in4), fileName, bodyOnly != 0, offset, count);
+  });
+}
