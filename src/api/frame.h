@@ -97,7 +97,7 @@ inline int32_t CopyOut(std::optional<std::string_view> text, char* buffer, uint3
     *size = static_cast<uint32_t>(text->size() + 1);
     return 1;
   }
-  std::memcpy(buffer, text->data(), text->size());
+  std::copy(text->begin(), text->end(), buffer);
   buffer[text->size()] = '\0';
   return 0;
 }
@@ -106,7 +106,7 @@ inline int32_t CopyOut(std::optional<std::string_view> text, char* buffer, uint3
 inline int32_t CopyCut(std::string_view text, char* buffer, uint32_t size) {
   if (buffer == nullptr || size == 0) return 1;
   const size_t count = std::min<size_t>(text.size(), size - 1);
-  std::memcpy(buffer, text.data(), count);
+  std::copy_n(text.begin(), count, buffer);
   buffer[count] = '\0';
   return text.size() < size ? 0 : 1;
 }
