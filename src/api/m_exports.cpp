@@ -2,6 +2,7 @@
 //
 // The M_ family: messages and their parts.
 #include <cstdio>
+#include <cstring>
 #include <new>
 #include <string>
 
