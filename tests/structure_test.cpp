@@ -26,7 +26,7 @@ TEST(Structure, IncludesPointDownAndOnlyThePlatformKnowsTheSystem) {
   int seen = 0;
   for (const auto& entry : fs::recursive_directory_iterator(MIMORA_SOURCE_DIR "/src")) {
     if (!entry.is_regular_file()) continue;
-    const std::string folder = entry.path().parent_path().filename();
+    const std::string folder = *fs::relative(entry.path(), MIMORA_SOURCE_DIR "/src").begin();
     ASSERT_TRUE(kFloors.contains(folder)) << folder;
     std::ifstream file(entry.path());
     for (std::string line; std::getline(file, line);) {
