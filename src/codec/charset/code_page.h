@@ -54,6 +54,10 @@ struct CodePage {
   uint16_t EncodeUnit(char16_t unit) const { return At(encode, unit); }
 };
 
+// By number.
+extern const CodePage kCodePages[];
+extern const size_t kCodePageCount;
+
 // The tables of a page, or null when it has none. 51936 and 38598 have those of 936 and 28598. The
 // Unicode pages, 50220 to 50225 and 52936 have none of their own.
 const CodePage* FindCodePage(uint32_t number);
