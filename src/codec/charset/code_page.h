@@ -31,6 +31,7 @@ struct CodePage {
 
   uint32_t number;
   CodePageKind kind;
+  bool has_ascii;          // whether the bytes below 80 are what they are in ASCII
   char16_t undefined;      // stands for bytes that are no character
   uint16_t default_char;   // stands for a character that has no encoding
   const uint16_t* bytes;   // by byte: the character, kLead or kNone

@@ -38,6 +38,13 @@ struct Page {
   std::map<uint16_t, uint16_t> encode_rows;
 
   bool HasPairs() const { return kind != "single"; }
+
+  bool HasAscii() const {
+    for (uint16_t c = 0; c < 0x80; ++c) {
+      if (bytes[c] != c || encode[c] != c) return false;
+    }
+    return true;
+  }
 };
 
 [[noreturn]] void Fail(const std::string& why) { throw std::runtime_error(why); }
@@ -215,7 +222,8 @@ class Writer {
     std::ostringstream rows;
     for (const auto& [number, page] : pages) {
       rows << "    {" << number << ", CodePageKind::" << kKinds.at(page.kind) << ", "
-           << page.undefined << ", " << page.default_char << ", " << WriteTable(page.bytes) << ", "
+           << page.HasAscii() << ", " << page.undefined << ", " << page.default_char << ", "
+           << WriteTable(page.bytes) << ", "
            << (page.HasPairs() ? WriteTable(CutIntoLeaves(page.pairs)) : "nullptr") << ", "
            << WriteTable(CutIntoLeaves(page.encode)) << "},\n";
     }

@@ -1,0 +1,105 @@
+// Copyright (c) 2026 the mimora developers.
+#include "codec/charset/table_coder.h"
+
+#include <algorithm>
+
+#include "codec/charset/ascii_run.h"
+
+namespace mimora {
+namespace {
+
+// Below are neither the marks of the tables nor the characters for private use.
+constexpr char16_t kFirstSpecial = 0xE000;
+constexpr char16_t kLastPrivate = 0xF8FF;
+
+}  // namespace
+
+char16_t TableDecoder::FromPair(uint8_t lead, char trail) {
+  const char16_t character = page_.DecodePair(lead, static_cast<uint8_t>(trail));
+  if (character != CodePage::kNone) return character;
+  invalid_ = true;
+  return page_.undefined;
+}
+
+// The characters for private use stand for bytes that have no character; for pairs they are the
+// user's own.
+char16_t TableDecoder::CheckSingle(char16_t character) {
+  if (character == CodePage::kNone || character <= kLastPrivate) invalid_ = true;
+  return character == CodePage::kNone ? page_.undefined : character;
+}
+
+// A stretch that is not all ASCII.
+char16_t* TableDecoder::DecodeSome(const char*& p, const char* end, char16_t* wide) {
+  for (const char* stop = p + std::min(end - p, kAsciiBlock); p < stop;) {
+    const auto byte = static_cast<uint8_t>(*p++);
+    const uint16_t character = page_.DecodeByte(byte);
+    if (character < kFirstSpecial) {
+      *wide++ = character;
+    } else if (character != CodePage::kLead) {
+      *wide++ = CheckSingle(character);
+    } else if (p < end) {
+      *wide++ = FromPair(byte, *p++);
+    } else {
+      lead_ = byte;
+    }
+  }
+  return wide;
+}
+
+char16_t* TableDecoder::Decode(std::string_view bytes, char16_t* wide) {
+  const char* p = bytes.data();
+  const char* const end = p + bytes.size();
+  if (lead_ != 0 && p < end) {
+    *wide++ = FromPair(lead_, *p++);
+    lead_ = 0;
+  }
+  while (p < end) {
+    if (page_.has_ascii) CopyAsciiBlocks(p, end, wide);
+    wide = DecodeSome(p, end, wide);
+  }
+  return wide;
+}
+
+char16_t* TableDecoder::Finish(char16_t* wide) {
+  if (lead_ == 0) return wide;
+  lead_ = 0;
+  *wide++ = CheckSingle(CodePage::kNone);
+  return wide;
+}
+
+TableEncoder::TableEncoder(const CodePage& page, EncodeOptions options)
+    : page_(page),
+      best_fit_(options.best_fit),
+      default_char_(options.default_char != 0 ? options.default_char : page.default_char) {}
+
+bool TableEncoder::IsSimilarOnly(char16_t unit, uint16_t code) const {
+  const uint16_t character =
+      code < 0x100 ? page_.DecodeByte(static_cast<uint8_t>(code))
+                   : page_.DecodePair(static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code));
+  return character != unit;
+}
+
+char* TableEncoder::EncodeSome(const char16_t*& p, const char16_t* end, char* bytes) {
+  for (const char16_t* stop = p + std::min(end - p, kAsciiBlock); p < stop; ++p) {
+    uint16_t code = page_.EncodeUnit(*p);
+    if (code == CodePage::kNone || (!best_fit_ && IsSimilarOnly(*p, code))) {
+      code = default_char_;
+      used_default_ = true;
+    }
+    if (code > 0xFF) *bytes++ = static_cast<char>(code >> 8);
+    *bytes++ = static_cast<char>(code);
+  }
+  return bytes;
+}
+
+char* TableEncoder::Encode(std::u16string_view wide, char* bytes) {
+  const char16_t* p = wide.data();
+  const char16_t* const end = p + wide.size();
+  while (p < end) {
+    if (page_.has_ascii) CopyAsciiBlocks(p, end, bytes);
+    bytes = EncodeSome(p, end, bytes);
+  }
+  return bytes;
+}
+
+}  // namespace mimora
