@@ -1,6 +1,11 @@
 // Copyright (c) 2026 the mimora developers.
 #include "codec/charset_table.h"
 
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <string>
+
 #include "platform/ascii.h"
 
 namespace mimora {
@@ -134,13 +139,140 @@ constexpr Row kRows[] = {
     {"Windows-1252", 1252},
 };
 
+// Further names from real mail. GB 18030 text is GBK text, but for the rarest characters.
+constexpr Row kAliases[] = {
+    {"utf8", 65001},
+    {"unicode-1-1-utf-8", 65001},
+    {"unicode-1-1-utf-7", 65000},
+    {"utf7", 65000},
+    {"utf-16le", 1200},
+    {"utf-16be", 1201},
+    {"ascii", 1250},
+    {"us", 1250},
+    {"ansi_x3.4-1968", 1250},
+    {"iso646-us", 1250},
+    {"iso-646", 1250},
+    {"latin1", 28591},
+    {"latin-1", 28591},
+    {"l1", 28591},
+    {"latin2", 28592},
+    {"latin-2", 28592},
+    {"l2", 28592},
+    {"latin5", 28599},
+    {"latin9", 28605},
+    {"latin-9", 28605},
+    {"arabic", 28596},
+    {"cyrillic", 28595},
+    {"greek", 28597},
+    {"hebrew", 28598},
+    {"logical", 28598},
+    {"visual", 28598},
+    {"iso-8859-8-e", 28598},
+    {"iso-8859-11", 874},
+    {"tis-620", 874},
+    {"koi8", 20866},
+    {"cskoi8r", 20866},
+    {"koi8-ru", 21866},
+    {"gbk", 936},
+    {"x-gbk", 936},
+    {"ms936", 936},
+    {"gb18030", 936},
+    {"gb-2312-80", 936},
+    {"gb2312-80", 936},
+    {"csgb2312", 936},
+    {"chinese", 936},
+    {"hz", 52936},
+    {"big5-hkscs", 950},
+    {"big-5", 950},
+    {"x-big5", 950},
+    {"x-x-big5", 950},
+    {"cn-big5", 950},
+    {"csbig5", 950},
+    {"sjis", 932},
+    {"x-sjis", 932},
+    {"shift-jis", 932},
+    {"csshiftjis", 932},
+    {"ms-kanji", 932},
+    {"windows-31j", 932},
+    {"x-euc-jp", 51932},
+    {"eucjp", 51932},
+    {"cseucpkdfmtjapanese", 51932},
+    {"iso-2022-jp-1", 50220},
+    {"iso-2022-jp-ms", 50221},
+    {"cp50220", 50220},
+    {"cp50221", 50221},
+    {"cp50222", 50222},
+    {"ks-c-5601", 949},
+    {"ksc-5601", 949},
+    {"ksc5601", 949},
+    {"ks-c-5601-1989", 949},
+    {"korean", 949},
+    {"uhc", 949},
+    {"euckr", 51949},
+    {"cseuckr", 51949},
+    {"csiso2022kr", 50225},
+    {"mac", 10000},
+    {"x-mac-roman", 10000},
+};
+
+template <size_t kCount>
+constexpr uint32_t FindRow(const Row (&rows)[kCount], std::string_view charset) {
+  const Row* row = std::find_if(std::begin(rows), std::end(rows), [charset](const Row& candidate) {
+    return EqualIgnoringCase(candidate.charset, charset);
+  });
+  return row != std::end(rows) ? row->code_page : 0;
+}
+
+bool IsPageOfTable(uint32_t page) {
+  return std::any_of(std::begin(kRows), std::end(kRows),
+                     [page](const Row& row) { return row.code_page == page; });
+}
+
+// The number that a name consists of behind the prefix; nothing when it is something else.
+std::optional<uint32_t> NumberBehind(std::string_view name, std::string_view prefix) {
+  constexpr size_t kMostDigits = 5;
+  if (!EqualIgnoringCase(name.substr(0, prefix.size()), prefix)) return std::nullopt;
+  name.remove_prefix(prefix.size());
+  if (name.empty() || name.size() > kMostDigits) return std::nullopt;
+  if (!std::all_of(name.begin(), name.end(), IsDigit)) return std::nullopt;
+  uint32_t number = 0;
+  for (const char digit : name) number = 10 * number + static_cast<uint32_t>(digit - '0');
+  return number;
+}
+
+// "cp1250", "ibm-852": the page in plain words. "iso8859-2": the standard's name as it is often
+// misspelt.
+uint32_t FindNumberedPage(std::string_view name) {
+  constexpr std::string_view kPagePrefixes[] = {"windows-", "windows", "win-",   "x-win",
+                                                "cp",       "cp-",     "x-cp",   "x-cp-",
+                                                "ibm",      "ibm-",    "x-ibm-", "ms"};
+  for (const std::string_view prefix : kPagePrefixes) {
+    const auto number = NumberBehind(name, prefix);
+    if (number && IsPageOfTable(*number)) return *number;
+  }
+  const auto latin = NumberBehind(name, "iso8859-");
+  return latin ? LookupCodePage("iso-8859-" + std::to_string(*latin)) : 0;
+}
+
 }  // namespace
 
-uint32_t LookupCodePage(std::string_view charset) {
-  for (const Row& row : kRows) {
-    if (EqualIgnoringCase(row.charset, charset)) return row.code_page;
-  }
-  return 0;
+uint32_t LookupCodePage(std::string_view charset) { return FindRow(kRows, charset); }
+
+uint32_t PageOfCharset(std::string_view charset) {
+  if (const uint32_t page = LookupCodePage(charset)) return page;
+  // "koi8_r", "ISO_8859-1:1987"
+  std::string name(charset.substr(0, charset.find(':')));
+  std::replace(name.begin(), name.end(), '_', '-');
+  if (const uint32_t page = LookupCodePage(name)) return page;
+  if (const uint32_t page = FindRow(kAliases, name)) return page;
+  return FindNumberedPage(name);
+}
+
+bool IsUnicodeCharset(std::string_view charset) { return LookupCodePage(charset) == kUtf16Page; }
+
+bool SameCodePage(std::string_view a, std::string_view b) {
+  const uint32_t page = PageOfCharset(a);
+  return page != 0 && page == PageOfCharset(b);
 }
 
 }  // namespace mimora

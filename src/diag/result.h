@@ -15,6 +15,16 @@ enum Result : int32_t {
   kInputNotOpened = 0x20000003,
   kOutputNotOpened = 0x20000004,
   kTempNotWritten = 0x20000007,
+  kTempNotCreated = 0x20000008,
+  kTempNotOpened = 0x20000009,
+  kBadBodypart = 0x2000000B,
+  kBadOutstream = 0x2000000C,
+  kNoBodyData = 0x200001F4,
+  kNoBodyFileName = 0x200001F5,
+  kBodyFileNotOpened = 0x200001F6,
+  kNoBodyMemory = 0x200001F7,
+  kNoSuchAttachment = 0x200001F8,
+  kUnknownCharset = 0x200001F9,
   kNotOpen = 0x20000259,       // the stream is missing or not open
   kHeaderFailed = 0x2000025A,  // the stream failed inside a header
   kHeaderCut = 0x2000025B,     // the data ended inside a header, which is kept

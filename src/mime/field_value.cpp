@@ -2,10 +2,12 @@
 #include "mime/field_value.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
+#include "codec/charset/translate.h"
+#include "codec/charset_table.h"
 #include "platform/ascii.h"
-#include "platform/platform.h"
 
 namespace mimora {
 namespace {
@@ -153,12 +155,6 @@ std::string PlainText(std::string_view raw, Comments comments) {
   return Unfold(Trim(kept));
 }
 
-int HexValue(char c) {
-  if (IsDigit(c)) return c - '0';
-  const char upper = ToUpper(c);
-  return upper >= 'A' && upper <= 'F' ? upper - 'A' + 10 : -1;
-}
-
 // A percent sign that no two digits follow stands for itself.
 std::string UndoPercent(std::string_view text) {
   std::string bytes;
@@ -215,7 +211,7 @@ bool ParseMarks(std::string_view marks, Section& section) {
 
 // Joins the pieces, which stand in the order of their numbers, up to the first gap; of those alike
 // the first counts. The first one declares the charset.
-std::string JoinSections(const std::vector<Section>& sections) {
+ParameterText JoinSections(const std::vector<Section>& sections) {
   std::string text;
   std::string charset;
   const Section* last = nullptr;
@@ -235,8 +231,9 @@ std::string JoinSections(const std::vector<Section>& sections) {
     text += section.encoded ? UndoPercent(piece) : piece;
     last = &section;
   }
-  std::string utf8;
-  return !charset.empty() && platform::RecodeToUtf8(charset, text, utf8) ? utf8 : text;
+  const uint32_t page = PageOfCharset(charset);
+  if (page == 0) return {std::move(text)};
+  return {TranslateText(text, page, kUtf8Page), true};
 }
 
 }  // namespace
@@ -248,8 +245,8 @@ std::string FieldValue::Main() const {
   return PlainText(main, pieces.HasComments() ? Comments::kAnywhere : Comments::kNowhere);
 }
 
-std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
-  std::optional<std::string> plain;
+std::optional<ParameterText> FieldValue::FindParameter(std::string_view name) const {
+  std::optional<ParameterText> plain;
   std::vector<Section> sections;
   Splitter pieces(text_);
   std::string_view piece;
@@ -261,7 +258,7 @@ std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
     if (!EqualIgnoringCase(full.substr(0, name.size()), name)) continue;
     Section section{0, false, parameter->value, comments};
     if (full.size() == name.size()) {
-      if (!plain) plain = PlainText(parameter->value, comments);
+      if (!plain) plain = {PlainText(parameter->value, comments)};
     } else if (ParseMarks(full.substr(name.size()), section)) {
       sections.push_back(section);
     }
@@ -271,8 +268,14 @@ std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
   // Some count from 1. Where the beginning is missing, a plain one is better.
   if (!sections.empty() && (sections.front().number <= 0 || !plain)) plain = JoinSections(sections);
   // A zero would end the text for a caller in C.
-  if (plain) std::erase(*plain, '\0');
+  if (plain) std::erase(plain->text, '\0');
   return plain;
+}
+
+std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
+  auto parameter = FindParameter(name);
+  if (!parameter) return std::nullopt;
+  return std::move(parameter->text);
 }
 
 std::optional<ContentType> ParseContentType(const FieldValue& value) {

@@ -12,6 +12,11 @@
 
 namespace mimora {
 
+struct ParameterText {
+  std::string text;
+  bool is_utf8 = false;  // it declared a charset, and was re-coded
+};
+
 // Refers to the text that it was made from.
 class FieldValue {
  public:
@@ -22,6 +27,7 @@ class FieldValue {
 
   // A parameter, ready for use. When it stands in a plain and in an extended form, the extended one
   // counts, and of several alike the first.
+  std::optional<ParameterText> FindParameter(std::string_view name) const;
   std::optional<std::string> Parameter(std::string_view name) const;
 
  private:

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "codec/charset/translate.h"
+#include "codec/charset_table.h"
 #include "diag/limits.h"
 
 namespace mimora {
@@ -74,46 +76,6 @@ int64_t FixedSize(uint16_t type) {
     default:
       return -1;
   }
-}
-
-void AppendUtf8(std::string& text, uint32_t c) {
-  const auto byte = [&text](uint32_t value) { text += static_cast<char>(value); };
-  if (c < 0x80) {
-    byte(c);
-  } else if (c < 0x800) {
-    byte(0xC0 | c >> 6);
-    byte(0x80 | (c & 0x3F));
-  } else if (c < 0x10000) {
-    byte(0xE0 | c >> 12);
-    byte(0x80 | (c >> 6 & 0x3F));
-    byte(0x80 | (c & 0x3F));
-  } else {
-    byte(0xF0 | c >> 18);
-    byte(0x80 | (c >> 12 & 0x3F));
-    byte(0x80 | (c >> 6 & 0x3F));
-    byte(0x80 | (c & 0x3F));
-  }
-}
-
-std::string Utf16ToUtf8(std::string_view bytes) {
-  constexpr uint32_t kReplacement = 0xFFFD;
-  const auto unit = [bytes](size_t at) -> uint32_t {
-    if (at + 1 >= bytes.size()) return 0;
-    return static_cast<uint32_t>(static_cast<uint8_t>(bytes[at])) |
-           static_cast<uint32_t>(static_cast<uint8_t>(bytes[at + 1])) << 8;
-  };
-  std::string text;
-  for (size_t at = 0; at + 1 < bytes.size(); at += 2) {
-    uint32_t c = unit(at);
-    if (c >= 0xD800 && c < 0xE000) {
-      const uint32_t low = unit(at + 2);
-      const bool pair = c < 0xDC00 && low >= 0xDC00 && low < 0xE000;
-      c = pair ? 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00) : kReplacement;
-      if (pair) at += 2;
-    }
-    AppendUtf8(text, c);
-  }
-  return text;
 }
 
 // Texts end at their first zero.
@@ -278,7 +240,7 @@ class Table {
     if (id != kLongFileName || (type != kString8 && type != kUnicode)) return SkipPadded(length);
     const std::string text = reader_.Text(length);
     SkipPadding(length);
-    long_name_ = CutAtZero(type == kUnicode ? Utf16ToUtf8(text) : text);
+    long_name_ = CutAtZero(type == kUnicode ? TranslateText(text, kUtf16Page, kUtf8Page) : text);
   }
 
   void SkipPadded(int64_t length) {

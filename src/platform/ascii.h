@@ -23,6 +23,13 @@ constexpr bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
 // White space of a header value, folding included.
 constexpr bool IsSpace(char c) { return IsBlank(c) || IsLineEnd(c); }
 
+// Of a hexadecimal digit; -1 for anything else.
+constexpr int HexValue(char c) {
+  if (IsDigit(c)) return c - '0';
+  const char upper = ToUpper(c);
+  return upper >= 'A' && upper <= 'F' ? upper - 'A' + 10 : -1;
+}
+
 // Without the characters of a kind at its end, or in front.
 template <typename IsOfKind>
 constexpr std::string_view TrimRight(std::string_view text, IsOfKind is_of_kind) {

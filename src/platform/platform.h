@@ -54,6 +54,10 @@ int OpenForReading(const char* name);
 // Creates or empties a file, readable and writable by its owner.
 int OpenForWriting(const char* name);
 
+// Creates a file, readable and writable by its owner, where there is nothing of that name, not even
+// a link.
+int CreateNew(const char* name);
+
 // Creates a new file in the temporary directory (TMPDIR, else the system's; asked once) and stores
 // its name.
 int CreateTemporary(std::string& name);
@@ -91,12 +95,6 @@ class AppendFile {
 // any case. Asked once: the file that the setting Mime_Types names, else /etc/mime.types and behind
 // it the shared MIME database.
 std::optional<std::string> RegisteredType(std::string_view extension);
-
-// ---- Text -----------------------------------------------------------------------------------
-
-// Re-codes a text to UTF-8, bad bytes as U+FFFD. False, and nothing stored, for a charset that is
-// not one of those found in mail.
-bool RecodeToUtf8(std::string_view charset, std::string_view text, std::string& utf8);
 
 }  // namespace mimora::platform
 

@@ -47,29 +47,5 @@ TEST(ReadWord, AnswersForAnyAddress) {
   munmap(pages, 2 * page);
 }
 
-TEST(RecodeToUtf8, KnowsTheCharsetsOfMail) {
-  const struct {
-    const char *charset, *text, *want;  // null: not known
-  } cases[] = {
-      {"iso-8859-2", "\xB9", "\xC5\xA1"},
-      {"Windows-1251", "\xEF", "\xD0\xBF"},
-      {"utf-8", "a\xFF.", "a\xEF\xBF\xBD."},
-      {"shift_jis", "\x83\x65", "\xE3\x83\x86"},
-      {"iso-2022-jp", "\x1B$B%F\x1B(B", "\xE3\x83\x86"},
-      {"us-ascii", "a", "a"},
-      // A letter is held back as long as an accent may follow it.
-      {"windows-1258", "aa", "aa"},
-      {"windows-1258", "a\xCC", "\xC3\xA0"},
-      {"utf-8//IGNORE", "a", nullptr},
-      {"../../x", "a", nullptr},
-      {"", "a", nullptr},
-  };
-  for (const auto& c : cases) {
-    std::string utf8 = "untouched";
-    EXPECT_EQ(RecodeToUtf8(c.charset, c.text, utf8), c.want != nullptr) << c.charset;
-    EXPECT_EQ(utf8, c.want != nullptr ? c.want : "untouched") << c.charset;
-  }
-}
-
 }  // namespace
 }  // namespace mimora::platform

@@ -34,6 +34,14 @@ void CopyAsciiBlocks(const From*& p, const From* end, To*& out) {
   }
 }
 
+// The same for all of the ASCII there.
+template <typename From, typename To>
+void CopyAscii(const From*& p, const From* end, To*& out) {
+  constexpr From kHighest = 0x7F;
+  CopyAsciiBlocks(p, end, out);
+  for (; p != end && (*p & ~kHighest) == 0; ++p) *out++ = static_cast<To>(*p);
+}
+
 }  // namespace mimora
 
 #endif  // MIMORA_CODEC_CHARSET_ASCII_RUN_H_
