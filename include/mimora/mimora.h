@@ -124,6 +124,16 @@ typedef void(MIMORA_CALL *P_TraceProc)(const char *line);
 #define MIMORA_E_OPEN_INPUT 0x20000003   /* input file not opened */
 #define MIMORA_E_OPEN_OUTPUT 0x20000004  /* output file not created */
 #define MIMORA_E_TEMP_WRITE 0x20000007   /* temporary file not written */
+#define MIMORA_E_TEMP_CREATE 0x20000008  /* temporary file not created */
+#define MIMORA_E_TEMP_OPEN 0x20000009    /* temporary file not opened again */
+#define MIMORA_E_BAD_PART 0x2000000B     /* not the handle of a part */
+#define MIMORA_E_BAD_OUTPUT 0x2000000C   /* not the handle of an output stream */
+#define MIMORA_E_NO_BODY 0x200001F4      /* the part has no body */
+#define MIMORA_E_BODY_NAME 0x200001F5    /* the file with the body has no name */
+#define MIMORA_E_BODY_OPEN 0x200001F6    /* the file with the body not opened */
+#define MIMORA_E_BODY_MEMORY 0x200001F7  /* no memory with the body */
+#define MIMORA_E_NO_SUCH_FILE 0x200001F8 /* no embedded file of that number */
+#define MIMORA_E_CHARSET 0x200001F9      /* charset not known: nothing written */
 #define MIMORA_E_NOT_OPEN 0x20000259     /* stream missing or not open */
 #define MIMORA_E_HEADER 0x2000025A       /* header unreadable */
 #define MIMORA_E_HEADER_CUT 0x2000025B   /* data ended inside the header; kept */
@@ -468,6 +478,22 @@ MIMORA_API int32_t M_BodypartHeaderFieldNthValueProc(M_Bodypart *part,
                                                      char *buffer, uint32_t *size);
 
 /*
+ * Appends a field to the header.
+ *
+ * part   the part.
+ * name   its name, without the colon.
+ * value  its text. It is encoded as M_EncodeHeaderFieldValue does it, without a
+ *        given charset and encoding; line ends that no blank follows become
+ *        spaces. NULL: empty.
+ *
+ * Returns 0; -1 when PART is NULL, or NAME is none: printable ASCII without blanks
+ *         and colons (RFC 5322 2.2).
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_AddBodypartHeaderField(M_Bodypart *part, const char *name,
+                                            const char *value);
+
+/*
  * Removes a header field.
  *
  * part    the part.
@@ -590,6 +616,208 @@ MIMORA_API int32_t M_GetAttachmentMimeType(int32_t number, M_Bodypart *part,
  */
 MIMORA_API M_Bodypart *M_FindTextLetterBodypart(M_Bodypart *part);
 
+/*
+ * Copies the name of a part: the parameter "name" of Content-Type, else
+ * "filename" of Content-Disposition, with RFC 2231 and encoded words (RFC 2047)
+ * undone, in UTF-8. A name that declares no charset stays as it stands. It is the
+ * sender's text: never use it as a path.
+ *
+ * part    the part.
+ * buffer  receives as much of the name as fits, always zero-terminated; its last
+ *         byte is zero, too.
+ * size    room in BUFFER, in bytes.
+ *
+ * Returns 0 whole, or there is none and the text is empty; 1 cut short, or there
+ *         is no room, or PART is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetBodypartName(M_Bodypart *part, char *buffer,
+                                     uint32_t size);
+
+/*
+ * The same, in a character set, and never cut short.
+ *
+ * buffer         receives the name if it fits with its zero; otherwise all of
+ *                the buffer is zero.
+ * size           room in BUFFER, in bytes.
+ * targetCharset  what the name is wanted in; NULL, empty or not known: UTF-8.
+ *
+ * Returns 0 copied, or there is no name; 1 it does not fit, or PART is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetBodypartName1(M_Bodypart *part, char *buffer,
+                                      uint32_t size, const char *targetCharset);
+
+/*
+ * The same for a part (NUMBER 0), or for the n-th file embedded in its body,
+ * uuencoded files first, then those of a TNEF body. The names of embedded files
+ * are copied as they stand; no name is given beyond the last one.
+ *
+ * number         0: the part; n: the n-th embedded file.
+ * part           the part.
+ * buffer         as for M_GetBodypartName1, as are the other arguments.
+ *
+ * Returns 0 copied, or there is no name; 1 it does not fit, or PART is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_GetAttachmentName(int32_t number, M_Bodypart *part,
+                                       char *buffer, uint32_t size,
+                                       const char *targetCharset);
+
+/* ------------------------------------------------------------------------
+ * Header texts beyond ASCII (RFC 2047)
+ * --------------------------------------------------------------------- */
+
+/*
+ * Decodes the encoded words of a header value and removes its folding. Words are
+ * found wherever they stand; neighbours are joined first, so that a character may
+ * be split between them, and white space between them goes. What is not quite an
+ * encoded word, or has a charset that is not known, stays as it is, as does all
+ * other text.
+ *
+ * value          the value as it stands in the header.
+ * targetCharset  what the words are wanted in; NULL, empty or not known: UTF-8.
+ * buffer         receives the text; NULL asks for the size only.
+ * size           in: room in BUFFER, in bytes; out, when 0 is returned: the bytes
+ *                needed, zero included.
+ *
+ * Returns 1 copied; 0 BUFFER is NULL or too small, or VALUE or SIZE is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_DecodeHeaderFieldValue(const char *value,
+                                            const char *targetCharset,
+                                            char *buffer, uint32_t *size);
+
+/*
+ * Encodes a header value: words with characters beyond ASCII become encoded
+ * words of at most 75 characters that split no character, each on a line of its
+ * own; other words stay as they are. A value in plain ASCII is copied unchanged.
+ *
+ * value     the text; a quoted string in it is one word.
+ * charset   what it is in; NULL, empty or not known: UTF-8 if it is proper
+ *           UTF-8, else windows-1250.
+ * encoding  "B" (base64) or "Q" (like quoted-printable); NULL: the shorter.
+ * buffer    receives the text; NULL asks for the size only.
+ * size      in: room in BUFFER, in bytes; out, when 0 is returned: the bytes
+ *           needed, zero included.
+ *
+ * Returns 1 copied; 0 BUFFER is NULL or too small, or VALUE or SIZE is NULL.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_EncodeHeaderFieldValue(const char *value,
+                                            const char *charset,
+                                            const char *encoding, char *buffer,
+                                            uint32_t *size);
+
+/* ------------------------------------------------------------------------
+ * Messages: bodies decoded
+ * --------------------------------------------------------------------- */
+
+/*
+ * Writes the body of a part. The input stream is locked meanwhile, so several
+ * threads may write parts of one message, each into a stream of its own. Memory
+ * does not grow with the body; temporary files, if any, are gone afterwards. The
+ * size that M_GetBodypartSize tells becomes that of the body as it was decoded,
+ * or translated, here.
+ *
+ * part            the part.
+ * targetEncoding  "base64" or "quoted-printable": the transfer encoding (RFC
+ *                 2045) to write it in; any other name: as it is when decoded;
+ *                 NULL or empty: decoded. A body that has that encoding already
+ *                 is copied as it stands.
+ * targetCharset   the character set to translate it to, when it is text with
+ *                 another one; what has no place in that becomes a similar
+ *                 character or "?". NULL or empty: not translated.
+ * in4             the stream to read when the part's own is gone, or was taken
+ *                 away by M_UndefineBodypartBodyStreamDefinition; may be NULL.
+ * out             the stream to write; it is flushed.
+ *
+ * Returns MIMORA_OK; -1: the body cannot be read (S_GetIOError tells why), -2 or
+ *         MIMORA_E_WRITE: it cannot be written; MIMORA_E_READ: it ends too soon;
+ *         MIMORA_E_TEMP_...: a temporary file failed (disk full, no access);
+ *         MIMORA_E_CHARSET: one of the charsets is not known, and nothing was
+ *         written; MIMORA_E_NO_BODY, MIMORA_E_BODY_...: the part has no body;
+ *         MIMORA_E_NOT_OPEN: a handle that is needed is missing or not open.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_SaveBodypartBody(M_Bodypart *part,
+                                      const char *targetEncoding,
+                                      const char *targetCharset,
+                                      S_InStream *in4, S_OutStream *out);
+
+/*
+ * The same, and says what becomes of uuencoded files in a text.
+ *
+ * keepEmbedded  not 0: they stay in the text, as with M_SaveBodypartBody; 0: they
+ *               are cut out.
+ *
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_SaveBodypartBodyEx(M_Bodypart *part,
+                                        const char *targetEncoding,
+                                        const char *targetCharset,
+                                        S_InStream *in4, S_OutStream *out,
+                                        int32_t keepEmbedded);
+
+/*
+ * Writes a body, decoded and without the uuencoded files in it, or one of the
+ * files embedded in it.
+ *
+ * number  0: the body; n: the n-th embedded file, uuencoded files first, then
+ *         those of a TNEF body.
+ * part    the part.
+ * in4     as for M_SaveBodypartBody.
+ * out     as for M_SaveBodypartBody.
+ *
+ * Returns what M_SaveBodypartBody returns; MIMORA_E_NO_SUCH_FILE: there is no such
+ *         file; MIMORA_E_BAD_PART, MIMORA_E_BAD_OUTPUT: a handle is none, or no
+ *         longer one.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_SaveAttachment(int32_t number, M_Bodypart *part,
+                                    S_InStream *in4, S_OutStream *out);
+
+/* Told of a file that M_DecodeEML has written: PART lives as long as the call,
+ * NUMBER is 0 for its body or that of the file embedded in it, PATH is where it
+ * is, and SIZE how many bytes it has. */
+typedef void(MIMORA_CALL *M_DecodedPartProc)(S_Context, M_Bodypart *part,
+                                             int32_t number, const char *path,
+                                             int64_t size);
+
+/*
+ * Takes a stored message apart: writes every body without parts below it, and
+ * every file embedded in one, decoded, into files of a directory. Uuencoded files
+ * are cut out of the texts.
+ *
+ * The files have the names of the parts, made safe: no directory, no control
+ * characters, no dot in front, not too long, no name of a device. A part without
+ * a name is called part-1.2 after its place, with the extension of its type. A
+ * name that is taken, by whatever and in whatever letter case, gets " (2)" in
+ * front of its extension. No existing file is touched, and none lands outside the
+ * directory. A file that cannot be written is removed again, and the others
+ * follow.
+ *
+ * fileName         the message; below 2 GiB.
+ * outputDirectory  must exist.
+ * targetCharset    the character set that texts are translated to; NULL or
+ *                  empty: none. A text whose own is not known is kept as it is.
+ * onPart           told of each file; may be NULL.
+ * context          handed to ONPART.
+ * flags            0.
+ * partCount        receives the number of files written; may be NULL.
+ *
+ * Returns what M_LoadMessage returns; MIMORA_E_OPEN_INPUT: the message cannot be
+ *         opened; MIMORA_E_CHARSET: targetCharset is not known; else, when files
+ *         could not be written, the reason for the first: MIMORA_E_OPEN_OUTPUT
+ *         when it could not be created, or what M_SaveBodypartBody returns.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_DecodeEML(const char *fileName,
+                               const char *outputDirectory,
+                               const char *targetCharset,
+                               M_DecodedPartProc onPart, S_Context context,
+                               uint32_t flags, uint32_t *partCount);
+
 /* ------------------------------------------------------------------------
  * Messages: bodies as they stand in the source
  * --------------------------------------------------------------------- */
@@ -616,7 +844,8 @@ MIMORA_API int32_t M_GetBodypartSize(M_Bodypart *part, int64_t *decodedSize,
  *         those of a TNEF body.
  * part    the part.
  *
- * Returns the decoded size in bytes; -1 when PART is NULL or has no such file.
+ * Returns the decoded size in bytes, or the size in the source of a body whose
+ *         decoded size is not known; -1 when PART is NULL or has no such file.
  * Since:   1.0
  */
 MIMORA_API int64_t M_GetAttachmentSize(int32_t number, M_Bodypart *part);
@@ -947,6 +1176,17 @@ MIMORA_API int32_t P_DecodeBASE64(const char *inputFile, const char *outputFile)
  * Since:   1.0
  */
 MIMORA_API uint32_t P_GetCodePage(const char *charset);
+
+/*
+ * Tells the code page that an HTML text says it is in: by a byte-order mark, an
+ * XML declaration, or a META element; the first that is known counts.
+ *
+ * html  the markup.
+ *
+ * Returns the code page; 0 when none is declared or known, or HTML is NULL.
+ * Since:   1.0
+ */
+MIMORA_API uint32_t P_GetHTMLCodePage(const char *html);
 
 /* What P_Extension2MimeType answers besides 0. */
 #define MIMORA_TYPE_UNKNOWN 2

@@ -101,14 +101,26 @@ inline int32_t CopyOut(std::optional<std::string_view> text, char* buffer, uint3
   return 0;
 }
 
-// The copy that is cut to fit: 0 whole, 1 cut.
+// The copy that is cut to fit: 0 whole, 1 cut. The last byte of the buffer is always zero.
 inline int32_t CopyCut(std::string_view text, char* buffer, uint32_t size) {
   if (buffer == nullptr || size == 0) return 1;
   const size_t count = std::min<size_t>(text.size(), size - 1);
   std::copy_n(text.begin(), count, buffer);
-  buffer[count] = '\0';
+  buffer[count] = buffer[size - 1] = '\0';
   return text.size() < size ? 0 : 1;
 }
+
+// The copy that fits, or leaves nothing but zeros: 0 copied, 1 it does not fit.
+inline int32_t CopyWhole(std::string_view text, char* buffer, uint32_t size) {
+  if (buffer != nullptr) std::fill_n(buffer, size, '\0');
+  if (text.empty()) return 0;
+  if (buffer == nullptr || text.size() >= size) return 1;
+  std::copy(text.begin(), text.end(), buffer);
+  return 0;
+}
+
+// An argument that may be null.
+inline std::string_view TextOrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
 }  // namespace mimora
 

@@ -1,15 +1,20 @@
 // Copyright (c) 2026 the mimora developers.
 //
 // The M_ family: messages and their parts.
+#include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <new>
 #include <string>
 
+#include "analysis/decode_eml.h"
 #include "analysis/mime_types.h"
+#include "analysis/names.h"
 #include "analysis/raw_body.h"
 #include "analysis/text_letter.h"
+#include "analysis/write_body.h"
 #include "api/frame.h"
+#include "codec/encoded_word.h"
 #include "diag/result.h"
 #include "mime/dump.h"
 #include "mime/parser.h"
@@ -21,7 +26,12 @@ namespace {
 // The values that callers see are those used inside.
 static_assert(kOk == MIMORA_OK && kReadFailed == MIMORA_E_READ && kWriteFailed == MIMORA_E_WRITE &&
               kInputNotOpened == MIMORA_E_OPEN_INPUT && kOutputNotOpened == MIMORA_E_OPEN_OUTPUT &&
-              kTempNotWritten == MIMORA_E_TEMP_WRITE && kNotOpen == MIMORA_E_NOT_OPEN &&
+              kTempNotWritten == MIMORA_E_TEMP_WRITE && kTempNotCreated == MIMORA_E_TEMP_CREATE &&
+              kTempNotOpened == MIMORA_E_TEMP_OPEN && kBadBodypart == MIMORA_E_BAD_PART &&
+              kBadOutstream == MIMORA_E_BAD_OUTPUT && kNoBodyData == MIMORA_E_NO_BODY &&
+              kNoBodyFileName == MIMORA_E_BODY_NAME && kBodyFileNotOpened == MIMORA_E_BODY_OPEN &&
+              kNoBodyMemory == MIMORA_E_BODY_MEMORY && kNoSuchAttachment == MIMORA_E_NO_SUCH_FILE &&
+              kUnknownCharset == MIMORA_E_CHARSET && kNotOpen == MIMORA_E_NOT_OPEN &&
               kHeaderFailed == MIMORA_E_HEADER && kHeaderCut == MIMORA_E_HEADER_CUT &&
               kHeaderOdd == MIMORA_E_HEADER_ODD && kNoBoundary == MIMORA_E_NO_BOUNDARY &&
               kUnclassified == MIMORA_E_UNCLASSIFIED);
@@ -47,6 +57,34 @@ std::optional<std::string> MainValue(const Bodypart& part, const char* field) {
 // The value of the n-th field of a name. There is none without a name.
 std::optional<std::string_view> FindValue(const Bodypart& part, const char* name, int n = 1) {
   return name != nullptr ? part.Header.Find(name, n) : std::nullopt;
+}
+
+int32_t CopyName(const char* name, int32_t number, M_Bodypart* part, char* buffer, uint32_t size,
+                 const char* target_charset) {
+  return RunExport(name, [&](int&) {
+    NoteBodypart(part);
+    if (part == nullptr) {
+      CopyWhole("", buffer, size);
+      return 1;
+    }
+    return CopyWhole(AttachmentName(*ToBodypart(part), number, TextOrEmpty(target_charset)), buffer,
+                     size);
+  });
+}
+
+int32_t SaveBody(const char* name, M_Bodypart* part, S_InStream* in4, S_OutStream* out,
+                 const BodyRequest& request) {
+  return RunExport(name, [&](int& ex_pos) -> int32_t {
+    NoteBodypart(part);
+    if (in4 != nullptr) NoteInstream(in4);
+    NoteOutstream(out);
+    LogTrace("%s bp = %" PRIXPTR ", in4 = %" PRIXPTR, name, reinterpret_cast<uintptr_t>(part),
+             reinterpret_cast<uintptr_t>(in4));
+    if (part == nullptr || out == nullptr) return kNotOpen;
+    ex_pos = 1;
+    return WriteBodypartBodyToStream(*ToBodypart(part), *ToOutstream(out), ToInstream(in4),
+                                     request);
+  });
 }
 
 const char* DataOrNull(std::optional<std::string_view> text) {
@@ -285,6 +323,12 @@ int32_t M_BodypartHeaderFieldNthValueProc(M_Bodypart* part, const char* name, in
                   [&](const Bodypart& bodypart) { return FindValue(bodypart, name, n); });
 }
 
+int32_t M_AddBodypartHeaderField(M_Bodypart* part, const char* name, const char* value) {
+  return RunOnBodypart("M_AddBodypartHeaderField", part, int32_t{-1}, [&](Bodypart& bodypart) {
+    return AddHeaderField(bodypart, TextOrEmpty(name), TextOrEmpty(value)) ? 0 : -1;
+  });
+}
+
 int32_t M_DeleteBodypartHeaderField(M_Bodypart* part, int32_t index) {
   return RunOnBodypart("M_DeleteBodypartHeaderField", part, int32_t{-1}, [&](Bodypart& bodypart) {
     const auto at = static_cast<uint32_t>(index);
@@ -334,6 +378,94 @@ M_Bodypart* M_FindTextLetterBodypart(M_Bodypart* part) {
                        [](Bodypart& bodypart) { return ToHandle(FindTextLetter(bodypart)); });
 }
 
+// ---- Names ------------------------------------------------------------------------------------
+
+int32_t M_GetBodypartName(M_Bodypart* part, char* buffer, uint32_t size) {
+  return RunExport("M_GetBodypartName", [&](int&) {
+    NoteBodypart(part);
+    if (part != nullptr) return CopyCut(BodypartName(*ToBodypart(part), {}), buffer, size);
+    CopyCut("", buffer, size);
+    return 1;
+  });
+}
+
+int32_t M_GetBodypartName1(M_Bodypart* part, char* buffer, uint32_t size,
+                           const char* targetCharset) {
+  return CopyName("M_GetBodypartName1", 0, part, buffer, size, targetCharset);
+}
+
+int32_t M_GetAttachmentName(int32_t number, M_Bodypart* part, char* buffer, uint32_t size,
+                            const char* targetCharset) {
+  return CopyName("M_GetAttachmentName", number, part, buffer, size, targetCharset);
+}
+
+// ---- Header texts -----------------------------------------------------------------------------
+
+int32_t M_DecodeHeaderFieldValue(const char* value, const char* targetCharset, char* buffer,
+                                 uint32_t* size) {
+  return RunExport("M_DecodeHeaderFieldValue", [&](int&) {
+    if (value == nullptr) return 0;
+    return CopyOut(DecodeEncodedWords(value, TextOrEmpty(targetCharset)), buffer, size) == 0 ? 1
+                                                                                             : 0;
+  });
+}
+
+int32_t M_EncodeHeaderFieldValue(const char* value, const char* charset, const char* encoding,
+                                 char* buffer, uint32_t* size) {
+  return RunExport("M_EncodeHeaderFieldValue", [&](int&) {
+    if (value == nullptr) return 0;
+    const std::string text =
+        EncodeWords(value, TextOrEmpty(charset), TextOrEmpty(encoding), kUnknownColumn);
+    return CopyOut(text, buffer, size) == 0 ? 1 : 0;
+  });
+}
+
+// ---- Bodies -----------------------------------------------------------------------------------
+
+int32_t M_SaveBodypartBody(M_Bodypart* part, const char* targetEncoding, const char* targetCharset,
+                           S_InStream* in4, S_OutStream* out) {
+  return SaveBody("M_SaveBodypartBody", part, in4, out,
+                  {.target_encoding = TextOrEmpty(targetEncoding),
+                   .target_charset = TextOrEmpty(targetCharset)});
+}
+
+int32_t M_SaveBodypartBodyEx(M_Bodypart* part, const char* targetEncoding,
+                             const char* targetCharset, S_InStream* in4, S_OutStream* out,
+                             int32_t keepEmbedded) {
+  return SaveBody("M_SaveBodypartBodyEx", part, in4, out,
+                  {.target_encoding = TextOrEmpty(targetEncoding),
+                   .target_charset = TextOrEmpty(targetCharset),
+                   .keep_embedded = keepEmbedded != 0});
+}
+
+int32_t M_SaveAttachment(int32_t number, M_Bodypart* part, S_InStream* in4, S_OutStream* out) {
+  return RunExport("M_SaveAttachment", [&](int& ex_pos) -> int32_t {
+    if (!checkbodypart(part, "")) return kBadBodypart;
+    if (in4 != nullptr) NoteInstream(in4);
+    if (!checkoutstream(out, "")) return kBadOutstream;
+    ex_pos = 1;
+    return SaveAttachment(*ToBodypart(part), *ToOutstream(out), ToInstream(in4), number);
+  });
+}
+
+int32_t M_DecodeEML(const char* fileName, const char* outputDirectory, const char* targetCharset,
+                    M_DecodedPartProc onPart, S_Context context, uint32_t, uint32_t* partCount) {
+  const auto tell = [=](Bodypart& part, int32_t number, const std::string& path, int64_t size) {
+    onPart(context, ToHandle(&part), number, path.c_str(), size);
+  };
+  return RunExport("M_DecodeEML", [&](int& ex_pos) -> int32_t {
+    uint32_t count = 0;
+    if (partCount != nullptr) *partCount = 0;
+    if (fileName == nullptr) return kInputNotOpened;
+    if (outputDirectory == nullptr) return kOutputNotOpened;
+    ex_pos = 1;
+    const int32_t result = DecodeEml(fileName, outputDirectory, TextOrEmpty(targetCharset),
+                                     onPart != nullptr ? OnDecodedPart(tell) : nullptr, count);
+    if (partCount != nullptr) *partCount = count;
+    return result;
+  });
+}
+
 // ---- Bodies as they stand ---------------------------------------------------------------------
 
 int32_t M_GetBodypartSize(M_Bodypart* part, int64_t* decodedSize, int64_t* rawSize) {
@@ -356,7 +488,8 @@ int32_t M_GetAttachmentMimeType(int32_t number, M_Bodypart* part, char* buffer, 
 
 int64_t M_GetAttachmentSize(int32_t number, M_Bodypart* part) {
   return RunOnBodypart("M_GetAttachmentSize", part, int64_t{-1}, [number](Bodypart& bodypart) {
-    if (number == 0) return bodypart.DecodedSize;
+    const bool known = bodypart.DecodedSize != -1;
+    if (number == 0) return known ? bodypart.DecodedSize : bodypart.BodyLength;
     const EmbeddedAttachment* file = bodypart.Embedded(number);
     return file != nullptr ? file->DecodedSize : int64_t{-1};
   });

@@ -7,6 +7,7 @@
 #include "codec/file_coders.h"
 #include "codec/quoted_printable.h"
 #include "diag/global_params.h"
+#include "html/html_charset.h"
 
 using namespace mimora;
 
@@ -50,6 +51,10 @@ int32_t P_DecodeBASE64(const char* inputFile, const char* outputFile) {
 uint32_t P_GetCodePage(const char* charset) {
   return RunExport("P_GetCodePage",
                    [&](int&) { return charset != nullptr ? LookupCodePage(charset) : 0; });
+}
+
+uint32_t P_GetHTMLCodePage(const char* html) {
+  return RunExport("P_GetHTMLCodePage", [&](int&) { return HtmlCodePage(TextOrEmpty(html)); });
 }
 
 int32_t P_Extension2MimeType(const char* extension, char* buffer, uint32_t size) {

@@ -46,6 +46,8 @@ void Bodypart::Clean() {
   Opaque = false;
   PartStart = HeaderSize = BodyStart = BodyLength = DecodedSize = 0;
   BodyStream = nullptr;
+  BodyFileName.clear();
+  BodyMemory = nullptr;
   Header.Clear();
   ContentTransferEncoding.clear();
   Charset.clear();

@@ -25,7 +25,10 @@ namespace mimora {
 enum DataDefinition : int32_t {
   kNoBody = 0,
   kBodyInStream = 1,  // BodyStart and BodyLength in BodyStream
-  kBodyDetached = 4,  // the same place in a stream that is still to be named
+  kBodyInFile = 2,    // the file BodyFileName
+  kBodyInMemory = 3,  // BodyLength bytes at BodyMemory
+  kBodyDetached = 4,  // as kBodyInStream, in a stream that is still to be named
+  kBodyInPart = 5,    // the bytes of BodyFileName itself
 };
 
 // What Flags tells.
@@ -84,10 +87,12 @@ class Bodypart {
   Bodypart* Parent = nullptr;
   int64_t PartStart = 0;
   int64_t HeaderSize = 0;
-  int64_t BodyStart = 0;
-  int64_t BodyLength = 0;
-  int64_t DecodedSize = 0;
+  int64_t BodyStart = 0;    // -1: not known
+  int64_t BodyLength = 0;   // -1: not known
+  int64_t DecodedSize = 0;  // -1: not known
   Minstream* BodyStream = nullptr;
+  std::string BodyFileName;
+  const void* BodyMemory = nullptr;
 
   HeaderFields Header;
   std::vector<std::unique_ptr<Bodypart>> Children;

@@ -106,6 +106,10 @@ int OpenForWriting(const char* name) {
   return file;
 }
 
+int CreateNew(const char* name) {
+  return Retry([&] { return open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); });
+}
+
 int CreateTemporary(std::string& name) {
   static const std::string directory = TemporaryDirectory();
   name = directory + "parXXXXXX.tmp";

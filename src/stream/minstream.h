@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -58,6 +59,12 @@ class Minstream {
 
   bool IsOpen() const { return ok_; }
 
+  // All bytes of a memory stream; nothing for others.
+  std::optional<std::string_view> Memory() const {
+    if (mode_ != kMemory) return std::nullopt;
+    return std::string_view(data_, static_cast<size_t>(filled_));
+  }
+
   // The errno value of the last open or read that failed, 0 for none.
   int32_t GetError() const { return error_; }
 
@@ -103,6 +110,7 @@ class Minstream {
 
   // An absolute position. Has no effect on a memory stream: callers rely on reading those whole.
   void SetReadLimit(int64_t position);
+  int64_t ReadLimit() const { return read_limit_; }
 
   // ---- Delimiters
 

@@ -29,7 +29,7 @@ Moutstream::Moutstream(FileSink sink, int64_t buffer_size) : mode_(kBuffered) {
   AllocateBuffer(buffer_size);
   if (sink.name != nullptr) {
     file_name_ = sink.name;
-    file_ = platform::OpenForWriting(sink.name);
+    file_ = sink.must_be_new ? platform::CreateNew(sink.name) : platform::OpenForWriting(sink.name);
   } else {
     file_ = platform::CreateTemporary(file_name_);
   }

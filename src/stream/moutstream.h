@@ -24,6 +24,7 @@ struct MemorySink {};
 // A file that is created or emptied; without a name a temporary one, which stays behind.
 struct FileSink {
   const char* name = nullptr;
+  bool must_be_new = false;  // it is an error (EEXIST) when anything has that name
 };
 
 struct CallbackSink {

@@ -1,0 +1,330 @@
+// Copyright (c) 2026 the mimora developers.
+#include "analysis/write_body.h"
+
+#include <cinttypes>
+#include <memory>
+#include <string>
+
+#include "codec/base64.h"
+#include "codec/charset/translate.h"
+#include "codec/charset_table.h"
+#include "codec/quoted_printable.h"
+#include "codec/transfer_encoding.h"
+#include "diag/checks.h"
+#include "diag/limits.h"
+#include "diag/log.h"
+#include "diag/result.h"
+#include "platform/ascii.h"
+#include "stream/copy_stream.h"
+#include "stream/stream_window.h"
+#include "stream/temporary_file.h"
+
+namespace mimora {
+namespace {
+
+constexpr int64_t kReadBackBuffer = 4096;
+
+constexpr int32_t kBase64LineLength = 72;
+
+constexpr int kUntraced = 0;
+
+// ---- Steps --------------------------------------------------------------------------------------
+
+int32_t Encode(Minstream& in, Moutstream& out, std::string_view encoding) {
+  switch (FindTransferEncoding(encoding)) {
+    case TransferEncoding::kBase64:
+      return EncodeBase64(in, out, kBase64LineLength);
+    case TransferEncoding::kQuotedPrintable:
+      return EncodeQuotedPrintable(in, out);
+    default:
+      return CopyStream(in, out, kWholeStream);
+  }
+}
+
+// Runs a step whose output goes into a temporary file; the trace knows it by its number.
+template <typename Step>
+int32_t FillTemporary(TemporaryFile& file, int number, Step step) {
+  if (file.Out().GetError() != 0) return kTempNotCreated;
+  if (number != kUntraced) LogTrace("Temp file .%d %s", number, file.Out().GetFileName().c_str());
+  const int32_t result = step(file.Out());
+  // Whether the last bytes could be written or earlier ones is all the same to the caller.
+  if (!file.Close()) return kTempNotWritten;
+  return result;
+}
+
+// Runs a step whose input is a temporary file.
+template <typename Step>
+int32_t ReadTemporary(const TemporaryFile& file, int64_t buffer_size, Step step) {
+  Minstream in(file.Source(), buffer_size);
+  return in.GetError() == 0 ? step(in) : kTempNotOpened;
+}
+
+int32_t CopyRange(Minstream& in, Moutstream& out, int64_t start, int64_t length) {
+  StreamWindow window(in, start, length);
+  return CopyStream(window.Stream(), out, kWholeStream);
+}
+
+// ---- Writing ------------------------------------------------------------------------------------
+
+class BodyWriter {
+ public:
+  BodyWriter(Bodypart& part, Moutstream& out, const BodyRequest& request)
+      : part_(part), out_(out), request_(request), translates_(NeedsTranslation()) {}
+
+  int32_t Write(Minstream& body) {
+    const bool whole = request_.embedded_index == kWholeBody;
+    if (!whole && !part_.TnefAttachments.empty()) return ExtractFromTnef(body);
+    if (part_.UuencodedBlocks.empty() || (whole && request_.keep_embedded)) return WritePlain(body);
+    return WriteWithoutBlocks(body);
+  }
+
+ private:
+  bool NeedsTranslation() const {
+    return !request_.target_charset.empty() && !part_.Charset.empty() &&
+           !EqualIgnoringCase(request_.target_charset, part_.Charset) &&
+           !SameCodePage(request_.target_charset, part_.Charset) && part_.Type().major == "TEXT";
+  }
+
+  // The encoding as the header has it.
+  std::string DeclaredEncoding() const { return part_.Field("Content-Transfer-Encoding").Main(); }
+
+  int32_t Decode(Minstream& in, Moutstream& out) const {
+    return TransferEncodingDecode(in, out, part_.ContentTransferEncoding);
+  }
+
+  int32_t ExtractFromTnef(Minstream& body) {
+    if (request_.embedded_index >= part_.TnefAttachments.size()) return kNoSuchAttachment;
+    const EmbeddedAttachment& wanted = part_.TnefAttachments[request_.embedded_index];
+    TemporaryFile stream;
+    const int32_t result = FillTemporary(stream, kUntraced, [&](Moutstream& out) {
+      return TransferEncodingDecode(body, out, DeclaredEncoding());
+    });
+    if (result != kOk) return result;
+    const int64_t before = out_.WritePos();
+    const int32_t copied = ReadTemporary(stream, kDefaultBufferSize, [&](Minstream& in) {
+      return CopyRange(in, out_, wanted.Offset, wanted.DecodedSize);
+    });
+    const bool short_of_bytes = out_.WritePos() - before < wanted.DecodedSize;
+    return copied == kOk && short_of_bytes ? kReadFailed : copied;
+  }
+
+  int32_t WritePlain(Minstream& body) {
+    const std::string& encoding = part_.ContentTransferEncoding;
+    if (translates_) return DecodeAndEncode(body);
+    if (EqualIgnoringCase(encoding, request_.target_encoding)) return CopyUnchanged(body);
+    if (request_.target_encoding.empty()) return DecodeOnly(body);
+    if (encoding.empty()) return EncodeOnly(body);
+    return DecodeAndEncode(body);
+  }
+
+  int32_t CopyUnchanged(Minstream& body) {
+    LogTrace("WriteBodypartBodyToStream 5");
+    const int64_t before = body.Position();
+    const int32_t result = CopyStream(body, out_, kWholeStream);
+    if (part_.ContentTransferEncoding.empty()) part_.DecodedSize = body.Position() - before;
+    LogTrace("WriteBodypartBodyToStream 6");
+    return result;
+  }
+
+  int32_t DecodeOnly(Minstream& body) {
+    const std::string& encoding = part_.ContentTransferEncoding;
+    LogTrace("WriteBodypartBodyToStream 7");
+    LogTrace("Body.BodyData.ContentTransferEncoding = %s",
+             encoding.empty() ? "empty" : encoding.c_str());
+    const int64_t before = out_.WritePos();
+    const int32_t result = Decode(body, out_);
+    part_.DecodedSize = out_.WritePos() - before;
+    LogTrace("WriteBodypartBodyToStream 8");
+    return result;
+  }
+
+  int32_t EncodeOnly(Minstream& body) {
+    LogTrace("WriteBodypartBodyToStream 9");
+    const int64_t before = body.Position();
+    const int32_t result = Encode(body, out_, request_.target_encoding);
+    part_.DecodedSize = body.Position() - before;
+    LogTrace("WriteBodypartBodyToStream 10");
+    return result;
+  }
+
+  int32_t DecodeAndEncode(Minstream& body) {
+    LogTrace("WriteBodypartBodyToStream 11");
+    TemporaryFile decoded;
+    const int32_t result = FillTemporary(decoded, 3, [&](Moutstream& out) {
+      const int32_t answer = Decode(body, out);
+      part_.DecodedSize = out.WritePos();
+      return answer;
+    });
+    if (result != kOk) return result;
+    LogTrace("WriteBodypartBodyToStream 12");
+    return ReadTemporary(decoded, kDefaultBufferSize, [&](Minstream& in) {
+      return translates_ ? TranslateAndEncode(in) : Encode(in, out_, request_.target_encoding);
+    });
+  }
+
+  int32_t TranslateAndEncode(Minstream& in) {
+    TemporaryFile translated;
+    const int32_t result =
+        FillTemporary(translated, 4, [&](Moutstream& out) { return Translate(in, out); });
+    if (result != kOk) return result;
+    return ReadTemporary(translated, kDefaultBufferSize, [&](Minstream& text) {
+      return Encode(text, out_, request_.target_encoding);
+    });
+  }
+
+  int32_t Translate(Minstream& in, Moutstream& out) {
+    const std::string target(request_.target_charset);
+    LogTrace("::::1");
+    LogTrace("::::2 %s", part_.Charset.c_str());
+    LogTrace("::::3 %s", target.c_str());
+    const int64_t before = out.WritePos();
+    const int32_t result = TranslateStream(in, out, part_.Charset, target);
+    part_.DecodedSize = out.WritePos() - before;
+    return result;
+  }
+
+  // The positions of the blocks count in the decoded body.
+  int32_t WriteWithoutBlocks(Minstream& body) {
+    const TransferEncoding encoding = FindTransferEncoding(part_.ContentTransferEncoding);
+    if (encoding != TransferEncoding::kBase64 && encoding != TransferEncoding::kQuotedPrintable) {
+      return WriteFromDecoded(body);
+    }
+    TemporaryFile decoded;
+    const int32_t result =
+        FillTemporary(decoded, 1, [&](Moutstream& out) { return Decode(body, out); });
+    if (result != kOk) return result;
+    return ReadTemporary(decoded, kReadBackBuffer,
+                         [&](Minstream& in) { return WriteFromDecoded(in); });
+  }
+
+  int32_t WriteFromDecoded(Minstream& in) {
+    if (!translates_ && request_.target_encoding.empty()) return CutOrExtract(in, out_);
+    TemporaryFile wanted;
+    const int32_t result =
+        FillTemporary(wanted, 2, [&](Moutstream& out) { return CutOrExtract(in, out); });
+    if (result != kOk) return result;
+    return ReadTemporary(wanted, kReadBackBuffer, [&](Minstream& text) {
+      if (!translates_) return Encode(text, out_, request_.target_encoding);
+      return request_.target_encoding.empty() ? Translate(text, out_) : TranslateAndEncode(text);
+    });
+  }
+
+  int32_t CutOrExtract(Minstream& in, Moutstream& out) const {
+    const int64_t base = in.Position();
+    if (request_.embedded_index == kWholeBody) return CopyAroundBlocks(in, out, base);
+    if (request_.embedded_index >= part_.UuencodedBlocks.size()) return kNoSuchAttachment;
+    const EmbeddedAttachment& block = part_.UuencodedBlocks[request_.embedded_index];
+    StreamWindow window(in, base + block.Offset, block.BlockLength);
+    return TransferEncodingDecode(window.Stream(), out, "X-UUENCODE");
+  }
+
+  int32_t CopyAroundBlocks(Minstream& in, Moutstream& out, int64_t base) const {
+    int64_t at = base;
+    for (const EmbeddedAttachment& block : part_.UuencodedBlocks) {
+      const int64_t begin = base + block.Offset;
+      const int32_t result = CopyRange(in, out, at, begin - at);
+      if (result != kOk) return result;
+      at = begin + block.BlockLength;
+    }
+    return CopyRange(in, out, at, kWholeStream);
+  }
+
+  Bodypart& part_;
+  Moutstream& out_;
+  const BodyRequest& request_;
+  const bool translates_;
+};
+
+// ---- Source -------------------------------------------------------------------------------------
+
+// Where a body is read from.
+struct BodySource {
+  int32_t result = kOk;
+  Minstream* stream = nullptr;
+  std::unique_ptr<Minstream> own = nullptr;  // a stream made for the occasion
+};
+
+BodySource OwnSource(std::unique_ptr<Minstream> stream) {
+  Minstream* const address = stream.get();
+  return {.stream = address, .own = std::move(stream)};
+}
+
+BodySource FindStream(Minstream* stream) {
+  return {.result = stream != nullptr ? kOk : kNotOpen, .stream = stream};
+}
+
+BodySource OpenSource(const Bodypart& part, Minstream* in4) {
+  switch (part.DataDefinitionType) {
+    case kNoBody:
+      break;
+    case kBodyInStream:
+      if (checkinstream(part.BodyStream, "")) return FindStream(part.BodyStream);
+      LogTrace("WriteBodypartBodyToStream - BAD STREAM for Body.BodyData.DataDefinitionType = 1");
+      return FindStream(in4);
+    case kBodyInFile: {
+      if (part.BodyFileName.empty()) return {.result = kNoBodyFileName};
+      BodySource source = OwnSource(std::make_unique<Minstream>(
+          FileSource{.name = part.BodyFileName.c_str()}, kDefaultBufferSize));
+      if (source.own->GetError() != 0) source.result = kBodyFileNotOpened;
+      return source;
+    }
+    case kBodyInMemory:
+      if (part.BodyMemory == nullptr) return {.result = kNoBodyMemory};
+      return OwnSource(std::make_unique<Minstream>(MemorySource{part.BodyMemory, part.BodyLength}));
+    case kBodyDetached:
+      return FindStream(in4);
+    case kBodyInPart:
+      return OwnSource(std::make_unique<Minstream>(
+          MemorySource{part.BodyFileName.data(), std::ssize(part.BodyFileName)}));
+  }
+  return {.result = kNoBodyData};
+}
+
+class StreamLock {
+ public:
+  explicit StreamLock(Minstream& stream) : stream_(stream) { stream_.Lock(); }
+  ~StreamLock() { stream_.Unlock(); }
+  StreamLock(const StreamLock&) = delete;
+  StreamLock& operator=(const StreamLock&) = delete;
+
+ private:
+  Minstream& stream_;
+};
+
+}  // namespace
+
+int32_t WriteBodypartBodyToStream(Bodypart& part, Moutstream& out, Minstream* in4,
+                                  const BodyRequest& request) {
+  LogTrace("WriteBodypartBodyToStream in");
+  if (!out.IsOpen()) {
+    LogTrace("WriteBodypartBodyToStream out");
+    return kNotOpen;
+  }
+  const BodySource source = OpenSource(part, in4);
+  if (source.result != kOk) return source.result;
+  LogTrace("WriteBodypartBodyToStream 1");
+  const StreamLock lock(*source.stream);
+  // A source of its own holds nothing but the body.
+  const bool own = source.own != nullptr;
+  const int64_t start = own || part.BodyStart == -1 ? source.stream->Position() : part.BodyStart;
+  StreamWindow window(*source.stream, start,
+                      own || part.BodyLength == -1 ? kWholeStream : part.BodyLength);
+  LogTrace("WriteBodypartBodyToStream 3");
+  BodyWriter writer(part, out, request);
+  LogTrace("WriteBodypartBodyToStream 4");
+  int32_t result = writer.Write(window.Stream());
+  if (result == kOk && !out.FlushBuffer()) result = kWriteFailed;
+  LogTrace("WriteBodypartBodyToStream out for %8.8" PRIXPTR, reinterpret_cast<uintptr_t>(&part));
+  return result;
+}
+
+int32_t SaveAttachment(Bodypart& part, Moutstream& out, Minstream* in4, int32_t number) {
+  BodyRequest request{.keep_embedded = false};
+  if (number != 0) {
+    if (part.Embedded(number) == nullptr) return kNoSuchAttachment;
+    request.embedded_index = static_cast<uint32_t>(number - 1);
+  }
+  return WriteBodypartBodyToStream(part, out, in4, request);
+}
+
+}  // namespace mimora
