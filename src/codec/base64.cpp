@@ -5,31 +5,14 @@
 #include <array>
 #include <cstring>
 
+#include "codec/base64_alphabet.h"
 #include "codec/run_coder.h"
 #include "stream/scan.h"
 
 namespace mimora {
 namespace {
 
-constexpr std::string_view kAlphabet =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr char kPadding = '=';
-
-// Above every value of the alphabet, in a bit that none of them has.
-constexpr uint8_t kForeign = 0x80;
-
-using ByteTable = std::array<uint8_t, 256>;
-
-consteval ByteTable MakeValues() {
-  ByteTable values;
-  values.fill(kForeign);
-  for (uint8_t i = 0; i < kAlphabet.size(); ++i) values[static_cast<uint8_t>(kAlphabet[i])] = i;
-  return values;
-}
-
-constexpr ByteTable kValues = MakeValues();
-
-uint8_t ValueOf(char c) { return kValues[static_cast<uint8_t>(c)]; }
 
 constexpr uint8_t IsBetween(char c, char low, char high) {
   return static_cast<uint8_t>(c - low) <= static_cast<uint8_t>(high - low) ? 1 : 0;
@@ -117,10 +100,10 @@ class Encoder {
     const uint32_t bits = static_cast<uint32_t>(static_cast<uint8_t>(bytes[0])) << 16 |
                           static_cast<uint32_t>(static_cast<uint8_t>(bytes[1])) << 8 |
                           static_cast<uint8_t>(bytes[2]);
-    characters[0] = kAlphabet[bits >> 18];
-    characters[1] = kAlphabet[bits >> 12 & 63];
-    characters[2] = kAlphabet[bits >> 6 & 63];
-    characters[3] = kAlphabet[bits & 63];
+    characters[0] = kBase64Alphabet[bits >> 18];
+    characters[1] = kBase64Alphabet[bits >> 12 & 63];
+    characters[2] = kBase64Alphabet[bits >> 6 & 63];
+    characters[3] = kBase64Alphabet[bits & 63];
   }
 
   // Encodes some of the whole groups in front and tells how many bytes those were.
@@ -181,8 +164,9 @@ void Base64Decoder::Feed(std::string_view text) {
     }
     if (characters_ == 0) {
       while (end - p >= 4 && filled + 3 <= bytes.size()) {
-        const uint8_t a = ValueOf(p[0]), b = ValueOf(p[1]), c = ValueOf(p[2]), d = ValueOf(p[3]);
-        if ((a | b | c | d) & kForeign) break;
+        const uint8_t a = Base64Value(p[0]), b = Base64Value(p[1]), c = Base64Value(p[2]),
+                      d = Base64Value(p[3]);
+        if ((a | b | c | d) & kForeignToBase64) break;
         bytes[filled] = static_cast<char>(a << 2 | b >> 4);
         bytes[filled + 1] = static_cast<char>(b << 4 | c >> 2);
         bytes[filled + 2] = static_cast<char>(c << 6 | d);
@@ -192,8 +176,8 @@ void Base64Decoder::Feed(std::string_view text) {
       if (p == end || filled + 3 > bytes.size()) continue;
     }
     const char c = *p++;
-    const uint8_t value = ValueOf(c);
-    if (value != kForeign) {
+    const uint8_t value = Base64Value(c);
+    if (value != kForeignToBase64) {
       group_ = group_ << 6 | value;
       if (++characters_ < 4) continue;
       bytes[filled++] = static_cast<char>(group_ >> 16 & 0xFF);

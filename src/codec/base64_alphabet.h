@@ -1,0 +1,34 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// The alphabet of base64 (RFC 2045 6.8), which UTF-7 has as well.
+#ifndef MIMORA_CODEC_BASE64_ALPHABET_H_
+#define MIMORA_CODEC_BASE64_ALPHABET_H_
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+namespace mimora {
+
+constexpr std::string_view kBase64Alphabet =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+// Above every value of the alphabet, in a bit that none of them has.
+constexpr uint8_t kForeignToBase64 = 0x80;
+
+consteval std::array<uint8_t, 256> MakeBase64Values() {
+  std::array<uint8_t, 256> values;
+  values.fill(kForeignToBase64);
+  for (uint8_t i = 0; i < kBase64Alphabet.size(); ++i) {
+    values[static_cast<uint8_t>(kBase64Alphabet[i])] = i;
+  }
+  return values;
+}
+
+constexpr std::array<uint8_t, 256> kBase64Values = MakeBase64Values();
+
+constexpr uint8_t Base64Value(char c) { return kBase64Values[static_cast<uint8_t>(c)]; }
+
+}  // namespace mimora
+
+#endif  // MIMORA_CODEC_BASE64_ALPHABET_H_
