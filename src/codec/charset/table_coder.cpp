@@ -28,8 +28,22 @@ char16_t TableDecoder::CheckSingle(char16_t character) {
   return character == CodePage::kNone ? page_.undefined : character;
 }
 
+// A block of single bytes, if all of them are plain characters.
+bool TableDecoder::DecodeBlock(const char* p, char16_t* wide) const {
+  bool plain = true;
+  for (ptrdiff_t i = 0; i < kAsciiBlock; ++i) {
+    wide[i] = page_.DecodeByte(static_cast<uint8_t>(p[i]));
+    plain &= wide[i] < kFirstSpecial;
+  }
+  return plain;
+}
+
 // A stretch that is not all ASCII.
 char16_t* TableDecoder::DecodeSome(const char*& p, const char* end, char16_t* wide) {
+  if (page_.pairs == nullptr && end - p >= kAsciiBlock && DecodeBlock(p, wide)) {
+    p += kAsciiBlock;
+    return wide + kAsciiBlock;
+  }
   for (const char* stop = p + std::min(end - p, kAsciiBlock); p < stop;) {
     const auto byte = static_cast<uint8_t>(*p++);
     const uint16_t character = page_.DecodeByte(byte);
@@ -79,7 +93,22 @@ bool TableEncoder::IsSimilarOnly(char16_t unit, uint16_t code) const {
   return character != unit;
 }
 
+// A block of characters that are single bytes.
+bool TableEncoder::EncodeBlock(const char16_t* p, char* bytes) const {
+  uint16_t all = 0;
+  for (ptrdiff_t i = 0; i < kAsciiBlock; ++i) {
+    const uint16_t code = page_.EncodeUnit(p[i]);
+    bytes[i] = static_cast<char>(code);
+    all |= code;
+  }
+  return all < 0x100;
+}
+
 char* TableEncoder::EncodeSome(const char16_t*& p, const char16_t* end, char* bytes) {
+  if (page_.pairs == nullptr && best_fit_ && end - p >= kAsciiBlock && EncodeBlock(p, bytes)) {
+    p += kAsciiBlock;
+    return bytes + kAsciiBlock;
+  }
   for (const char16_t* stop = p + std::min(end - p, kAsciiBlock); p < stop; ++p) {
     uint16_t code = page_.EncodeUnit(*p);
     if (code == CodePage::kNone || (!best_fit_ && IsSimilarOnly(*p, code))) {

@@ -21,6 +21,7 @@ class TableDecoder final : public CharsetDecoder {
   char16_t* Finish(char16_t* wide) override;
 
  private:
+  bool DecodeBlock(const char* p, char16_t* wide) const;
   char16_t* DecodeSome(const char*& p, const char* end, char16_t* wide);
   char16_t FromPair(uint8_t lead, char trail);
   char16_t CheckSingle(char16_t character);
@@ -37,6 +38,7 @@ class TableEncoder final : public CharsetEncoder {
   char* Finish(char* bytes) override { return bytes; }
 
  private:
+  bool EncodeBlock(const char16_t* p, char* bytes) const;
   char* EncodeSome(const char16_t*& p, const char16_t* end, char* bytes);
   bool IsSimilarOnly(char16_t unit, uint16_t code) const;
 

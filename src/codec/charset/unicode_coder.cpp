@@ -20,7 +20,7 @@ constexpr bool IsContinuation(char c) { return (Byte(c) & 0xC0) == 0x80; }
 
 // ---- UTF-8 --------------------------------------------------------------------------------------
 
-// What stands at the beginning of a text that does not begin with ASCII.
+// What stands at the beginning of a text.
 struct Sequence {
   enum Kind : uint8_t { kCharacter, kInvalid, kIncomplete } kind;
   uint8_t size;
@@ -56,6 +56,7 @@ constexpr bool SecondByteFits(uint8_t lead, uint8_t second) {
 
 Sequence ReadSequence(std::string_view text) {
   const uint8_t lead = Byte(text[0]);
+  if (lead < 0x80) return {Sequence::kCharacter, 1, lead};
   const size_t following = FollowingBytes(lead);
   if (following == 0) return Invalid(1);
   char32_t character = lead & (0x3Fu >> following);
@@ -85,8 +86,8 @@ class Utf8Decoder : public CharsetDecoder {
     const char* next = bytes.data();
     const char* const end = next + bytes.size();
     while (next != end) {
-      CopyAscii(next, end, wide);
-      wide = DecodeOthers(next, end, wide);
+      CopyAsciiBlocks(next, end, wide);
+      wide = DecodeSome(next, end, wide);
     }
     return wide;
   }
@@ -103,31 +104,41 @@ class Utf8Decoder : public CharsetDecoder {
     return PutCharacter(sequence.character, wide);
   }
 
-  // Decodes up to the next ASCII character; what is incomplete at the end is held back.
-  char16_t* DecodeOthers(const char*& next, const char* end, char16_t* wide) {
-    while (next != end && static_cast<signed char>(*next) < 0) {
-      // The letters of most scripts, short of the corners of the range.
-      const uint8_t lead = Byte(*next);
-      if (end - next >= 2 && lead >= 0xC2 && lead < 0xE0 && IsContinuation(next[1])) {
-        *wide++ = static_cast<char16_t>((lead & 0x1F) << 6 | (next[1] & 0x3F));
-        next += 2;
-      } else if (end - next >= 3 && lead > 0xE0 && lead < 0xED && IsContinuation(next[1]) &&
-                 IsContinuation(next[2])) {
-        *wide++ =
-            static_cast<char16_t>((lead & 0x0F) << 12 | (next[1] & 0x3F) << 6 | (next[2] & 0x3F));
-        next += 3;
+  // Decodes a stretch that is not all ASCII; what is incomplete at the end is held back.
+  char16_t* DecodeSome(const char*& next, const char* end, char16_t* wide) {
+    const char* p = next;
+    // Room to look at three bytes from wherever a character may begin.
+    for (const char* stop = p + std::min(end - p - 2, kAsciiBlock); p < stop;) {
+      const uint8_t lead = Byte(p[0]);
+      // The letters of most scripts, short of the corners of the range. One byte or two is a matter
+      // of chance in the text of many languages: that must be no branch.
+      const bool two = lead >= 0xC2 && IsContinuation(p[1]);
+      if (lead < 0x80 || (two && lead < 0xE0)) {
+        *wide++ = static_cast<char16_t>(two ? (lead & 0x1F) << 6 | (p[1] & 0x3F) : lead);
+        p += two ? 2 : 1;
+      } else if (two && lead > 0xE0 && lead < 0xED && IsContinuation(p[2])) {
+        *wide++ = static_cast<char16_t>((lead & 0x0F) << 12 | (p[1] & 0x3F) << 6 | (p[2] & 0x3F));
+        p += 3;
       } else {
-        const Sequence sequence = ReadSequence({next, static_cast<size_t>(end - next)});
-        if (sequence.kind == Sequence::kIncomplete) {
-          held_size_ = static_cast<size_t>(std::copy(next, end, held_.begin()) - held_.begin());
-          next = end;
-        } else {
-          wide = Put(sequence, wide);
-          next += sequence.size;
-        }
+        wide = DecodeOne(p, end, wide);
       }
     }
+    if (end - p <= 2) {
+      while (p != end) wide = DecodeOne(p, end, wide);
+    }
+    next = p;
     return wide;
+  }
+
+  char16_t* DecodeOne(const char*& p, const char* end, char16_t* wide) {
+    const Sequence sequence = ReadSequence({p, static_cast<size_t>(end - p)});
+    if (sequence.kind == Sequence::kIncomplete) {
+      held_size_ = static_cast<size_t>(std::copy(p, end, held_.begin()) - held_.begin());
+      p = end;
+      return wide;
+    }
+    p += sequence.size;
+    return Put(sequence, wide);
   }
 
   // Takes bytes until it is clear what those held back are the beginning of.
@@ -147,6 +158,7 @@ class Utf8Decoder : public CharsetDecoder {
   size_t held_size_ = 0;
 };
 
+// A character beyond ASCII.
 char* PutUtf8(char32_t character, char* bytes) {
   const auto put = [&bytes](char32_t byte) { *bytes++ = static_cast<char>(byte); };
   const auto put_following = [&put](char32_t bits) { put(0x80 | (bits & 0x3F)); };
@@ -171,11 +183,8 @@ class Utf8Encoder : public CharsetEncoder {
     const char16_t* next = wide.data();
     const char16_t* const end = next + wide.size();
     while (next != end) {
-      if (*next < 0x80 && high_ == 0) {
-        CopyAscii(next, end, bytes);
-      } else {
-        bytes = EncodeUnit(*next++, bytes);
-      }
+      if (high_ == 0) CopyAsciiBlocks(next, end, bytes);
+      bytes = EncodeSome(next, end, bytes);
     }
     return bytes;
   }
@@ -187,9 +196,28 @@ class Utf8Encoder : public CharsetEncoder {
   }
 
  private:
-  char* EncodeUnit(char16_t unit, char* bytes) {
-    if ((unit & 0xF800) == 0xD800 || high_ != 0) return EncodeSurrogate(unit, bytes);
-    return PutUtf8(unit, bytes);
+  // A stretch that is not all ASCII.
+  char* EncodeSome(const char16_t*& next, const char16_t* end, char* bytes) {
+    const char16_t* p = next;
+    for (const char16_t* stop = p + std::min(end - p, kAsciiBlock); p < stop; ++p) {
+      const char16_t unit = *p;
+      if ((unit & 0xF800) == 0xD800 || high_ != 0) {
+        bytes = EncodeSurrogate(unit, bytes);
+      } else if (unit < 0x800) {
+        // One byte or two is a matter of chance in the text of many languages: no branch.
+        const bool two = unit >= 0x80;
+        bytes[0] = static_cast<char>(two ? 0xC0 | unit >> 6 : unit);
+        bytes[1] = static_cast<char>(0x80 | (unit & 0x3F));
+        bytes += two ? 2 : 1;
+      } else {
+        bytes[0] = static_cast<char>(0xE0 | unit >> 12);
+        bytes[1] = static_cast<char>(0x80 | (unit >> 6 & 0x3F));
+        bytes[2] = static_cast<char>(0x80 | (unit & 0x3F));
+        bytes += 3;
+      }
+    }
+    next = p;
+    return bytes;
   }
 
   char* EncodeSurrogate(char16_t unit, char* bytes) {
@@ -238,10 +266,11 @@ class Utf16Decoder : public CharsetDecoder {
       wide = Put(Unit(bytes[0], bytes[1], order_), wide);
       bytes.remove_prefix(2);
     }
-    for (; bytes.size() >= 2; bytes.remove_prefix(2)) *wide++ = Unit(bytes[0], bytes[1], order_);
-    half_ = !bytes.empty();
-    if (half_) first_ = bytes[0];
-    return wide;
+    const size_t count = bytes.size() / 2;
+    CopyUnits(bytes.data(), count, wide);
+    half_ = bytes.size() % 2 != 0;
+    if (half_) first_ = bytes.back();
+    return wide + count;
   }
 
   char16_t* Finish(char16_t* wide) override {
@@ -256,6 +285,19 @@ class Utf16Decoder : public CharsetDecoder {
   }
 
  private:
+  // One loop for each order, so that the compiler makes vector instructions of it.
+  void CopyUnits(const char* bytes, size_t count, char16_t* wide) const {
+    if (order_ == ByteOrder::kBig) {
+      for (size_t i = 0; i < count; ++i) {
+        wide[i] = Unit(bytes[2 * i], bytes[2 * i + 1], ByteOrder::kBig);
+      }
+    } else {
+      for (size_t i = 0; i < count; ++i) {
+        wide[i] = Unit(bytes[2 * i], bytes[2 * i + 1], ByteOrder::kLittle);
+      }
+    }
+  }
+
   char16_t* Put(char16_t unit, char16_t* wide) {
     constexpr char16_t kSwappedMark = 0xFFFE;
     const bool mark = at_start_ && (unit == kByteOrderMark || unit == kSwappedMark);
