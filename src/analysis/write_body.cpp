@@ -69,9 +69,14 @@ int32_t CopyRange(Minstream& in, Moutstream& out, int64_t start, int64_t length)
 class BodyWriter {
  public:
   BodyWriter(Bodypart& part, Moutstream& out, const BodyRequest& request)
-      : part_(part), out_(out), request_(request), translates_(NeedsTranslation()) {}
+      : part_(part), out_(out), request_(request), translates_(NeedsTranslation()) {
+    if (!translates_) return;
+    from_page_ = PageOfCharset(part_.Charset);
+    to_page_ = PageOfCharset(request_.target_charset);
+  }
 
   int32_t Write(Minstream& body) {
+    if (translates_ && (from_page_ == 0 || to_page_ == 0)) return kUnknownCharset;
     const bool whole = request_.embedded_index == kWholeBody;
     if (!whole && !part_.TnefAttachments.empty()) return ExtractFromTnef(body);
     if (part_.UuencodedBlocks.empty() || (whole && request_.keep_embedded)) return WritePlain(body);
@@ -178,7 +183,7 @@ class BodyWriter {
     LogTrace("::::2 %s", part_.Charset.c_str());
     LogTrace("::::3 %s", target.c_str());
     const int64_t before = out.WritePos();
-    const int32_t result = TranslateStream(in, out, part_.Charset, target);
+    const int32_t result = TranslateStream(in, out, from_page_, to_page_);
     part_.DecodedSize = out.WritePos() - before;
     return result;
   }
@@ -233,6 +238,8 @@ class BodyWriter {
   Moutstream& out_;
   const BodyRequest& request_;
   const bool translates_;
+  uint32_t from_page_ = 0;
+  uint32_t to_page_ = 0;
 };
 
 // ---- Source -------------------------------------------------------------------------------------

@@ -32,6 +32,8 @@ class DripSource {
   explicit DripSource(std::string_view text, int64_t step = kNever, int64_t fail_at = kNever)
       : text_(text), step_(step), fail_at_(fail_at) {}
 
+  void FailAt(int64_t position) { fail_at_ = position; }
+
   CallbackSource Reading() {
     return {.context = Context(), .read = Read, .seek = Seek, .tell = Tell};
   }

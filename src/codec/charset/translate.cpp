@@ -5,7 +5,6 @@
 
 #include "codec/charset_table.h"
 #include "codec/run_coder.h"
-#include "diag/result.h"
 
 namespace mimora {
 namespace {
@@ -61,12 +60,8 @@ char* Translator::Encode(const char16_t* end) {
   return encoder_->Encode({begin, static_cast<size_t>(end - begin)}, bytes_.get());
 }
 
-int32_t TranslateStream(Minstream& in, Moutstream& out, std::string_view from,
-                        std::string_view to) {
-  const uint32_t from_page = PageOfCharset(from);
-  const uint32_t to_page = PageOfCharset(to);
-  if (from_page == 0 || to_page == 0) return kUnknownCharset;
-  StreamTranslator translator(out, from_page, to_page);
+int32_t TranslateStream(Minstream& in, Moutstream& out, uint32_t from, uint32_t to) {
+  StreamTranslator translator(out, from, to);
   return RunCoder(in, out, translator);
 }
 

@@ -1,7 +1,8 @@
 // Copyright (c) 2026 the mimora developers.
 //
 // Text from one character set to another. What has no meaning in the one, or no place in the other,
-// is replaced; a byte-order mark in front is no part of the text.
+// is replaced; a byte-order mark in front is no part of the text. No page may be unknown to
+// MakeDecoder and MakeEncoder.
 #ifndef MIMORA_CODEC_CHARSET_TRANSLATE_H_
 #define MIMORA_CODEC_CHARSET_TRANSLATE_H_
 
@@ -20,7 +21,6 @@ namespace mimora {
 // Translates a text that arrives in pieces, cut anywhere.
 class Translator {
  public:
-  // Neither page may be unknown to MakeDecoder and MakeEncoder.
   Translator(uint32_t from, uint32_t to, size_t longest_piece);
 
   // What a piece becomes. The answer lives until the next call.
@@ -39,9 +39,8 @@ class Translator {
   bool mark_may_follow_;
 };
 
-// Translates the rest of IN. Answers 0, -1 when reading failed, -2 when writing did; or
-// kUnknownCharset, and nothing was read.
-int32_t TranslateStream(Minstream& in, Moutstream& out, std::string_view from, std::string_view to);
+// Translates the rest of IN. Answers 0, -1 when reading failed, -2 when writing did.
+int32_t TranslateStream(Minstream& in, Moutstream& out, uint32_t from, uint32_t to);
 
 // Translates a text that is known as a whole.
 std::string TranslateText(std::string_view text, uint32_t from, uint32_t to);
