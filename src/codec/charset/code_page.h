@@ -53,6 +53,12 @@ struct CodePage {
 
   // The byte, or the pair, of a character: its own, or the best fit; kNone when there is neither.
   uint16_t EncodeUnit(char16_t unit) const { return At(encode, unit); }
+
+  // The character of such a byte or pair: the one that was encoded, or the one it is similar to.
+  uint16_t DecodeCode(uint16_t code) const {
+    const auto low = static_cast<uint8_t>(code);
+    return code < 0x100 ? DecodeByte(low) : DecodePair(static_cast<uint8_t>(code >> 8), low);
+  }
 };
 
 // By number.

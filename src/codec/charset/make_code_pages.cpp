@@ -1,7 +1,8 @@
 // Copyright (c) 2026 the mimora developers.
 //
-// Runs during the build: writes the constant tables that code_page.h declares.
-// Usage: make_code_pages OUTPUT PAGE.txt...   pages/README.md describes the page files.
+// Runs during the build: writes the constant tables that code_page.h and composition.h declare.
+// Usage: make_code_pages OUTPUT COMPOSITIONS.txt PAGE.txt...
+// pages/README.md describes the page files. The rows of the other one are LETTER MARK:COMPOSED ...
 #include <algorithm>
 #include <array>
 #include <fstream>
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "codec/charset/code_page.h"
+#include "codec/charset/composition.h"
 
 namespace mimora {
 namespace {
@@ -78,30 +80,37 @@ Table ParseRun(const std::string& word) {
   return run;
 }
 
-class PageReader {
- public:
-  explicit PageReader(const std::string& path) : path_(path), file_(path) {
-    if (!file_) Fail(path + ": cannot be read");
-  }
-
-  Page Read() {
-    for (std::string line; std::getline(file_, line);) {
-      ++line_;
-      try {
-        ReadLine(line);
-      } catch (const std::exception& error) {
-        Fail(path_ + ":" + std::to_string(line_) + ": " + error.what());
-      }
-    }
-    if (page_.number == 0 || section_ != "encode") Fail(path_ + ": is not whole");
-    return page_;
-  }
-
- private:
-  void ReadLine(const std::string& line) {
+// Hands READ_ROW the first word of each line and the stream of the others.
+template <typename ReadRow>
+void ReadRows(const std::string& path, ReadRow read_row) {
+  std::ifstream file(path);
+  if (!file) Fail(path + ": cannot be read");
+  int number = 0;
+  for (std::string line; std::getline(file, line);) {
+    ++number;
     std::istringstream words(line);
     std::string key;
     words >> key;
+    try {
+      read_row(key, words);
+    } catch (const std::exception& error) {
+      Fail(path + ":" + std::to_string(number) + ": " + error.what());
+    }
+  }
+}
+
+class PageReader {
+ public:
+  static Page Read(const std::string& path) {
+    PageReader reader;
+    ReadRows(path, [&](const auto& key, auto& words) { reader.ReadLine(key, words); });
+    if (reader.page_.number == 0 || reader.page_.kind.empty() || reader.section_ != "encode")
+      Fail(path + ": is not whole");
+    return std::move(reader.page_);
+  }
+
+ private:
+  void ReadLine(const std::string& key, std::istream& words) {
     if (key == "decode" || key == "encode") {
       section_ = key;
     } else if (section_.empty()) {
@@ -141,7 +150,7 @@ class PageReader {
     uint32_t number = ParseHex(key);
     for (std::string word; words >> word;) {
       for (const uint16_t value : ParseRun(word)) {
-        if (number > 0xFFFF) Fail("the row is too long");
+        if (number > (key.size() == 2 ? 0xFFu : 0xFFFFu)) Fail("the row is too long");
         if (section_ == "decode") {
           AddCharacter(key.size() == 2, static_cast<uint16_t>(number), value);
         } else if (!page_.encode_rows.emplace(static_cast<uint16_t>(number), value).second) {
@@ -165,9 +174,6 @@ class PageReader {
                                   : page_.HasPairs() && code > 0xFF;
   }
 
-  const std::string path_;
-  std::ifstream file_;
-  int line_ = 0;
   std::string section_;
   Page page_;
 };
@@ -197,7 +203,10 @@ void FillEncodeTables(Pages& pages) {
     EncodeLowest(page.bytes, page.encode);
     EncodeLowest(page.pairs, page.encode);
     for (const auto& [character, code] : page.encode_rows) page.encode[character] = code;
-    if (page.pairs_of != 0) TakePairs(pages.at(page.pairs_of), page);
+    if (page.pairs_of == 0) continue;
+    if (!pages.contains(page.pairs_of))
+      Fail("page " + std::to_string(number) + " takes the pairs of none");
+    TakePairs(pages.at(page.pairs_of), page);
   }
 }
 
@@ -212,13 +221,43 @@ void CheckEncodeTable(const Page& page) {
   }
 }
 
+using Compositions = std::vector<Composition>;
+
+Compositions ReadCompositions(const std::string& path) {
+  Compositions all;
+  ReadRows(path, [&](const std::string& letter, std::istream& words) {
+    for (std::string word; words >> word;) {
+      if (word.size() != 9 || word[4] != ':') Fail("no MARK:COMPOSED: " + word);
+      all.push_back({ParseHex(letter), ParseHex(word.substr(0, 4)), ParseHex(word.substr(5))});
+    }
+  });
+  return all;
+}
+
 class Writer {
  public:
   explicit Writer(const std::string& path) : path_(path), out_(path) {}
 
-  void Write(const Pages& pages) {
-    out_ << "// Made by make_code_pages.\n#include \"codec/charset/code_page.h\"\n\n"
-            "namespace mimora {\nnamespace {\n";
+  void Write(const Pages& pages, Compositions compositions) {
+    out_ << "// Made by make_code_pages.\n#include \"codec/charset/code_page.h\"\n"
+            "#include \"codec/charset/composition.h\"\n\nnamespace mimora {\nnamespace {\n";
+    const std::string rows = WritePages(pages);
+    out_ << "\n}  // namespace\n\n";
+    WriteArray("kCodePageLeaves", leaves_);
+    out_ << "\nconst CodePage kCodePages[] = {\n"
+         << rows << "};\nconst size_t kCodePageCount = " << pages.size() << ";\n";
+    std::ranges::sort(compositions, {}, ByMark);
+    WriteCompositions("kCompositionsByMark", compositions);
+    std::ranges::sort(compositions, {}, &Composition::composed);
+    WriteCompositions("kCompositionsByComposed", compositions);
+    out_ << "const size_t kCompositionCount = " << compositions.size()
+         << ";\n\n}  // namespace mimora\n";
+    if (!out_.flush()) Fail(path_ + ": cannot be written");
+  }
+
+ private:
+  // Answers the rows, the tables of which it has written.
+  std::string WritePages(const Pages& pages) {
     std::ostringstream rows;
     for (const auto& [number, page] : pages) {
       rows << "    {" << number << ", CodePageKind::" << kKinds.at(page.kind) << ", "
@@ -227,15 +266,16 @@ class Writer {
            << (page.HasPairs() ? WriteTable(CutIntoLeaves(page.pairs)) : "nullptr") << ", "
            << WriteTable(CutIntoLeaves(page.encode)) << "},\n";
     }
-    out_ << "\n}  // namespace\n\n";
-    WriteArray("kCodePageLeaves", leaves_);
-    out_ << "\nconst CodePage kCodePages[] = {\n"
-         << rows.str() << "};\nconst size_t kCodePageCount = " << pages.size()
-         << ";\n\n}  // namespace mimora\n";
-    if (!out_.flush()) Fail(path_ + ": cannot be written");
+    return rows.str();
   }
 
- private:
+  void WriteCompositions(const char* name, const Compositions& compositions) {
+    out_ << "\nconst Composition " << name << "[] = {\n";
+    for (const auto& [letter, mark, composed] : compositions)
+      out_ << "    {" << +letter << ", " << +mark << ", " << +composed << "},\n";
+    out_ << "};\n";
+  }
+
   Table CutIntoLeaves(const Table& table) {
     Table numbers;
     for (auto p = table.begin(); p != table.end(); p += kLeafSize) {
@@ -269,16 +309,17 @@ class Writer {
   std::map<Table, std::string> names_;
 };
 
-void MakeCodePages(const std::string& output, const std::vector<std::string>& paths) {
+void MakeCodePages(const std::string& output, const std::string& compositions,
+                   const std::vector<std::string>& page_files) {
   Pages pages;
-  for (const std::string& path : paths) {
-    Page page = PageReader(path).Read();
+  for (const std::string& path : page_files) {
+    Page page = PageReader::Read(path);
     const uint32_t number = page.number;
     if (!pages.emplace(number, std::move(page)).second) Fail(path + ": the page is there already");
   }
   FillEncodeTables(pages);
   for (const auto& [number, page] : pages) CheckEncodeTable(page);
-  Writer(output).Write(pages);
+  Writer(output).Write(pages, ReadCompositions(compositions));
 }
 
 }  // namespace
@@ -286,8 +327,8 @@ void MakeCodePages(const std::string& output, const std::vector<std::string>& pa
 
 int main(int argc, char** argv) {
   try {
-    if (argc < 3) throw std::runtime_error("usage: make_code_pages OUTPUT PAGE.txt...");
-    mimora::MakeCodePages(argv[1], {argv + 2, argv + argc});
+    if (argc < 4) throw std::runtime_error("usage: make_code_pages OUTPUT COMPOSITIONS PAGE...");
+    mimora::MakeCodePages(argv[1], argv[2], {argv + 3, argv + argc});
     return 0;
   } catch (const std::exception& error) {
     std::cerr << "make_code_pages: " << error.what() << '\n';

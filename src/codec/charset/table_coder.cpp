@@ -86,13 +86,6 @@ TableEncoder::TableEncoder(const CodePage& page, EncodeOptions options)
       best_fit_(options.best_fit),
       default_char_(options.default_char != 0 ? options.default_char : page.default_char) {}
 
-bool TableEncoder::IsSimilarOnly(char16_t unit, uint16_t code) const {
-  const uint16_t character =
-      code < 0x100 ? page_.DecodeByte(static_cast<uint8_t>(code))
-                   : page_.DecodePair(static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code));
-  return character != unit;
-}
-
 // A block of characters that are single bytes.
 bool TableEncoder::EncodeBlock(const char16_t* p, char* bytes) const {
   uint16_t all = 0;
@@ -111,7 +104,7 @@ char* TableEncoder::EncodeSome(const char16_t*& p, const char16_t* end, char* by
   }
   for (const char16_t* stop = p + std::min(end - p, kAsciiBlock); p < stop; ++p) {
     uint16_t code = page_.EncodeUnit(*p);
-    if (code == CodePage::kNone || (!best_fit_ && IsSimilarOnly(*p, code))) {
+    if (code == CodePage::kNone || (!best_fit_ && page_.DecodeCode(code) != *p)) {
       code = default_char_;
       used_default_ = true;
     }

@@ -40,7 +40,6 @@ class TableEncoder final : public CharsetEncoder {
  private:
   bool EncodeBlock(const char16_t* p, char* bytes) const;
   char* EncodeSome(const char16_t*& p, const char16_t* end, char* bytes);
-  bool IsSimilarOnly(char16_t unit, uint16_t code) const;
 
   const CodePage page_;
   const bool best_fit_;

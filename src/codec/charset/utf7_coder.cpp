@@ -108,7 +108,8 @@ consteval std::array<bool, 128> MakeDirect() {
 
 constexpr std::array<bool, 128> kDirect = MakeDirect();
 
-// A unit takes five bytes at most, "+", three digits and "-".
+// A unit takes three bytes at most: three digits, "+" and two digits, or a digit and "-" that end a
+// run and itself.
 class Utf7Encoder final : public CharsetEncoder {
  public:
   char* Encode(std::u16string_view wide, char* bytes) override {

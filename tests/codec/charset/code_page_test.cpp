@@ -7,9 +7,8 @@ namespace mimora::testing {
 namespace {
 
 uint16_t CharacterOf(const CodePage& page, uint32_t code) {
-  if (code < 0x100) return page.DecodeByte(static_cast<uint8_t>(code));
-  if (page.pairs == nullptr) return CodePage::kNone;
-  return page.DecodePair(static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code));
+  if (code > 0xFF && page.pairs == nullptr) return CodePage::kNone;
+  return page.DecodeCode(static_cast<uint16_t>(code));
 }
 
 TEST(CodePage, EveryCodeComesBackAsOneOfTheSameCharacter) {
