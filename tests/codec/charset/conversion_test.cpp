@@ -47,6 +47,14 @@ struct WideCase {
 };
 
 constexpr WideCase kWideCases[] = {
+    {"an overlong form", 65001, 0, "\xC0\x80", u"\uFFFD\uFFFD"},
+    {"a sequence cut off", 65001, 0, "\xE2\x82", u"\uFFFD"},
+    {"a surrogate in UTF-8", 65001, 0, "\xED\xA0\x80", u"\uFFFD\uFFFD"},
+    {"beyond Unicode", 65001, 0, "\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD"},
+    {"a pair in UTF-16 is never cut", 65001, 0, "\xF0\x9F\x98\x80z", u"\U0001F600z"},
+    {"broken UTF-8 is invalid", 65001, kFailOnInvalid, "a\xE2\x82", u"", kNoTranslation},
+    {"no other flag for UTF-8", 65001, kPrecomposed, "a", u"", kInvalidFlags},
+    {"no flag with escapes", 50220, kFailOnInvalid, "a", u"", kInvalidFlags},
     {"a control for a byte without a letter", 1252, 0, "a\x81", u"a\u0081"},
     {"that is not invalid", 1252, kFailOnInvalid, "a\x81", u"a\u0081"},
     {"a byte for private use", 1253, 0, "\xAA", u"\uF8F9"},
@@ -100,7 +108,13 @@ struct ByteCase {
   ConversionError error = kConverted;
 };
 
+// Pages that take no used flag have -1 there.
 constexpr ByteCase kByteCases[] = {
+    {"a lone surrogate", 65001, 0, u"\xD800", nullptr, "\xEF\xBF\xBD", -1},
+    {"that is invalid", 65001, kFailOnLoneSurrogate, u"\xD800", nullptr, "", -1, kNoTranslation},
+    {"no other flag for UTF-8", 65001, kCompose, u"a", nullptr, "", -1, kInvalidFlags},
+    {"no default for UTF-8", 65001, 0, u"a", "#", "", -1, kInvalidParameter},
+    {"nor with escapes", 50220, 0, u"a", "#", "", -1, kInvalidParameter},
     {"a similar letter", 1250, 0, u"\u0100", nullptr, "A", 0},
     {"similar letters are not wanted", 1250, kNoSimilar, u"\u0100č", nullptr, "?\xE8", 1},
     {"no letter", 1250, 0, u"\u0416z", nullptr, "?z", 1},
@@ -147,7 +161,7 @@ TEST(WideToMultiByte, AnswersAndFailsAsCallersExpect) {
               }),
               c.want);
     WideToMultiByte(c.page, c.flags, c.wide.data(), Size(c.wide), nullptr, 0, c.default_char,
-                    &used);
+                    c.used < 0 ? nullptr : &used);
     EXPECT_EQ(used, c.used);
     EXPECT_EQ(LastConversionError(), c.error);
   }
