@@ -105,6 +105,26 @@ TEST(Trace, HasTheseLinesWordForWord) {
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "bodypart is NULL\n");
 }
 
+TEST(Trace, TellsTheStepsOfWritingABody) {
+  const Handles h;
+  StartTrace();
+  M_SaveBodypartBody(h.part, nullptr, nullptr, nullptr, h.out);
+  NameInTrace(h.part, "PART"), NameInTrace(h.out, "OUT");
+  // In memory the body is read through a stream of its own, which is not of interest here.
+  const size_t window = trace.find("_Minstream");
+  trace.erase(window, trace.find('\n', window) + 1 - window);
+  const size_t source = trace.find("checkinstream");
+  trace.erase(source, trace.find('\n', source) + 1 - source);
+  EXPECT_EQ(trace,
+            "M_SaveBodypartBody in\ncheckbodypart for bp=[PART] \ncheckoutstream for out=[OUT] \n"
+            "M_SaveBodypartBody bp = PART, in4 = 0\n"
+            "WriteBodypartBodyToStream in\nWriteBodypartBodyToStream 1\n"
+            "WriteBodypartBodyToStream 3\nWriteBodypartBodyToStream 4\n"
+            "WriteBodypartBodyToStream 7\nBody.BodyData.ContentTransferEncoding = 7bit\n"
+            "WriteBodypartBodyToStream 8\nWriteBodypartBodyToStream out for PART\n"
+            "M_SaveBodypartBody out\n");
+}
+
 TEST(Trace, TellsTheAddressOfANewStream) {
   StartTrace();
   S_InStream* memory = S_CreateInStream("abc", 3, 0, nullptr, nullptr, nullptr, 26);
@@ -158,11 +178,25 @@ TEST(NullHandles, AreAnsweredWithTheValueThatStandsForNothingAndDoNoHarm) {
   EXPECT_EQ(S_CopyFromInStreamToOutStream(h.in, nullptr), MIMORA_E_NOT_OPEN);
   EXPECT_EQ(P_EncodeBASE64(nullptr, "/dev/null", 76), MIMORA_E_OPEN_INPUT);
   EXPECT_EQ(P_DecodeBASE64("/dev/null", nullptr), MIMORA_E_OPEN_OUTPUT);
+  EXPECT_EQ(M_SaveBodypartBody(nullptr, nullptr, nullptr, h.in, h.out), MIMORA_E_NOT_OPEN);
+  EXPECT_EQ(M_SaveBodypartBodyEx(h.part, nullptr, nullptr, nullptr, nullptr, 0), MIMORA_E_NOT_OPEN);
+  EXPECT_EQ(M_SaveAttachment(0, nullptr, nullptr, h.out), MIMORA_E_BAD_PART);
+  EXPECT_EQ(M_SaveAttachment(0, reinterpret_cast<M_Bodypart*>(h.out), nullptr, h.out),
+            MIMORA_E_BAD_PART);
+  EXPECT_EQ(M_SaveAttachment(0, h.part, nullptr, nullptr), MIMORA_E_BAD_OUTPUT);
+  EXPECT_EQ(M_AddBodypartHeaderField(nullptr, "a", "b"), -1);
+  EXPECT_EQ(M_AddBodypartHeaderField(h.part, nullptr, "b"), -1);
+  EXPECT_EQ(M_DecodeHeaderFieldValue(nullptr, nullptr, buffer, &count), 0);
+  EXPECT_EQ(M_EncodeHeaderFieldValue(nullptr, nullptr, nullptr, buffer, &count), 0);
+  EXPECT_EQ(M_DecodeEML(nullptr, "/", nullptr, nullptr, 0, 0, nullptr), MIMORA_E_OPEN_INPUT);
+  EXPECT_EQ(P_GetHTMLCodePage(nullptr), 0u);
   EXPECT_EQ(count, 5u) << "what is not answered is not touched";
-  char name[] = "x", type[] = "x";
+  char name[] = "x", type[] = "x", part_name[] = "x";
+  EXPECT_EQ(M_GetBodypartName(nullptr, part_name, 2), 1);
+  EXPECT_EQ(M_GetBodypartName1(nullptr, part_name, 2, nullptr), 1);
   EXPECT_EQ(S_GetOutStreamFileName(nullptr, name, 2), 1);
   EXPECT_EQ(M_GetBodypartMimeContentType(nullptr, type, 2), 1);
-  EXPECT_EQ(name + std::string(type), "");
+  EXPECT_EQ(name + std::string(type) + part_name, "");
   M_CleanMessage(nullptr);
   M_UndefineBodypartBodyStreamDefinition(nullptr, h.in);
   M_TakeoverBodypartBodyStreamDefinition(nullptr, nullptr);
@@ -210,6 +244,52 @@ TEST(SizedCopy, CopiesWhenTextAndZeroFitTellsTheSizeWhenNotAndElseTouchesNothing
   EXPECT_EQ(M_BodypartHeaderFieldNthValueProc(h.part, "received", 3, text, nullptr), -1);
   EXPECT_EQ(room, 32u);
   EXPECT_STREQ(text, "untouched");
+}
+
+// Those that answer 1 for a copy.
+TEST(SizedCopy, OfHeaderTextsAnswersTheOtherWayRound) {
+  char text[32] = "untouched";
+  uint32_t room = 1;
+  EXPECT_EQ(M_DecodeHeaderFieldValue("=?utf-8?Q?a?=", nullptr, text, &room), 0);
+  EXPECT_EQ(room, 2u);
+  EXPECT_STREQ(text, "untouched");
+  EXPECT_EQ(M_DecodeHeaderFieldValue("=?utf-8?Q?a?=", nullptr, text, &room), 1);
+  EXPECT_STREQ(text, "a");
+  room = 0;
+  EXPECT_EQ(M_EncodeHeaderFieldValue("\xB9", "iso-8859-2", "B", nullptr, &room), 0);
+  EXPECT_EQ(M_EncodeHeaderFieldValue("\xB9", "iso-8859-2", "B", text, &room), 1);
+  EXPECT_STREQ(text, "=?iso-8859-2?B?uQ==?=");
+  EXPECT_EQ(room, 22u);
+}
+
+TEST(NameCopy, IsCutOrNoneByItsFunction) {
+  const Handles h;
+  const struct {
+    const char* what;
+    uint32_t size;
+    int32_t cut_result;
+    std::string_view cut;
+    int32_t whole_result;
+    std::string_view whole;
+  } cases[] = {{"room to spare", 8, 0, {"n.txt\0#\0", 8}, 0, {"n.txt\0\0\0", 8}},
+               {"just enough", 6, 0, {"n.txt\0##", 8}, 0, {"n.txt\0##", 8}},
+               {"one too small", 5, 1, {"n.tx\0###", 8}, 1, {"\0\0\0\0\0###", 8}},
+               {"nothing", 0, 1, "########", 1, "########"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    char text[9] = "########";
+    EXPECT_EQ(M_GetBodypartName(h.part, text, c.size), c.cut_result);
+    EXPECT_EQ(std::string_view(text, 8), c.cut);
+    std::memset(text, '#', 8);
+    EXPECT_EQ(M_GetBodypartName1(h.part, text, c.size, nullptr), c.whole_result);
+    EXPECT_EQ(std::string_view(text, 8), c.whole);
+    std::memset(text, '#', 8);
+    EXPECT_EQ(M_GetAttachmentName(0, h.part, text, c.size, nullptr), c.whole_result);
+    EXPECT_EQ(std::string_view(text, 8), c.whole);
+  }
+  char text[3] = "##";
+  EXPECT_EQ(M_GetAttachmentName(1, h.part, text, 2, nullptr), 0) << "there is no such file";
+  EXPECT_EQ(std::string_view(text, 3), std::string_view("\0\0\0", 3));
 }
 
 // Its size does not count the zero, neither in what a buffer needs nor in what is stored.

@@ -8,7 +8,11 @@
 #include <thread>
 #include <vector>
 
+#include "support/sources.h"
+
 namespace {
+
+using mimora::testing::TextFile;
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 200;
@@ -50,10 +54,11 @@ TEST(Threads, ParseDifferentMessagesAndWriteLogLines) {
   EXPECT_GT(lines.load(), 0);
 }
 
+// A stream that is moved for every read: the bytes of one thread must never reach another.
 TEST(Threads, ShareAStreamUnderItsLock) {
   const std::string text = MessageWithParts(kThreads);
-  S_InStream* in = S_CreateInStream(text.data(), static_cast<int32_t>(text.size()), 0, nullptr,
-                                    nullptr, nullptr, 0);
+  const TextFile file(text);
+  S_InStream* in = S_CreateInStream(file.Name(), -1, 0, nullptr, nullptr, nullptr, 16);
   M_Bodypart* message = M_CreateMessage();
   ASSERT_EQ(M_LoadMessage(message, in), MIMORA_OK);
   RunInThreads([&](int number) {
@@ -65,6 +70,19 @@ TEST(Threads, ShareAStreamUnderItsLock) {
       EXPECT_EQ(M_GetBodyText(part, in, body, 0, &size), 0);
       S_UnlockInStream(in);
       EXPECT_STREQ(body, "TWFu");
+    }
+  });
+  RunInThreads([&](int number) {
+    M_Bodypart* part = M_GetNthChildBodypart(message, number);
+    for (int round = 0; round < kRounds; ++round) {
+      S_OutStream* out = S_CreateOutStream(nullptr, 0, nullptr, nullptr, nullptr, 0);
+      const char* encoding = round % 8 == 0 ? "quoted-printable" : nullptr;
+      EXPECT_EQ(M_SaveBodypartBody(part, encoding, nullptr, nullptr, out), MIMORA_OK);
+      const void* bytes = nullptr;
+      uint32_t size = 0;
+      EXPECT_EQ(S_GetOutStreamBuffer(out, &bytes, &size), 0);
+      EXPECT_EQ(std::string(static_cast<const char*>(bytes), size), "Man");
+      S_DestroyOutStream(out);
     }
   });
   M_DestroyMessage(message);
