@@ -11,13 +11,17 @@
 namespace mimora {
 namespace {
 
+// Mail that calls itself plain ASCII is read as Central European: where it has other bytes after
+// all, they are mostly that.
+constexpr uint32_t kPageOfAscii = 1250;
+
 struct Row {
   std::string_view charset;
   uint32_t code_page;
 };
 
-// Mail that calls itself plain ASCII is read as Central European: where it has other bytes after
-// all, they are mostly that.
+// Where a name stands twice, the first row counts; the other one only tells that there is such a
+// page.
 constexpr Row kRows[] = {
     {"ASMO-708", 708},
     {"DOS-720", 720},
@@ -64,6 +68,7 @@ constexpr Row kRows[] = {
     {"x-ebcdic-denmarknorway-euro", 1142},
     {"x-EBCDIC-FinlandSweden", 20278},
     {"x-ebcdic-finlandsweden-euro", 1143},
+    {"x-ebcdic-finlandsweden-euro", 1143},
     {"x-ebcdic-france-euro", 1147},
     {"x-EBCDIC-Germany", 20273},
     {"x-ebcdic-germany-euro", 1141},
@@ -107,6 +112,7 @@ constexpr Row kRows[] = {
     {"x-iscii-te", 57005},
     {"euc-jp", 51932},
     {"iso-2022-jp", 50220},
+    {"iso-2022-jp", 50222},
     {"csISO2022JP", 50221},
     {"x-mac-japanese", 10001},
     {"shift_jis", 932},
@@ -130,7 +136,7 @@ constexpr Row kRows[] = {
     {"unicodeFFFE", 1201},
     {"utf-7", 65000},
     {"utf-8", 65001},
-    {"us-ascii", 1250},
+    {"us-ascii", 20127},
     {"windows-1258", 1258},
     {"ibm850", 850},
     {"x-IA5", 20105},
@@ -147,11 +153,11 @@ constexpr Row kAliases[] = {
     {"utf7", 65000},
     {"utf-16le", 1200},
     {"utf-16be", 1201},
-    {"ascii", 1250},
-    {"us", 1250},
-    {"ansi-x3.4-1968", 1250},
-    {"iso646-us", 1250},
-    {"iso-646", 1250},
+    {"ascii", kPageOfAscii},
+    {"us", kPageOfAscii},
+    {"ansi-x3.4-1968", kPageOfAscii},
+    {"iso646-us", kPageOfAscii},
+    {"iso-646", kPageOfAscii},
     {"latin1", 28591},
     {"latin-1", 28591},
     {"l1", 28591},
@@ -199,9 +205,6 @@ constexpr Row kAliases[] = {
     {"cseucpkdfmtjapanese", 51932},
     {"iso-2022-jp-1", 50220},
     {"iso-2022-jp-ms", 50221},
-    {"cp50220", 50220},
-    {"cp50221", 50221},
-    {"cp50222", 50222},
     {"ks-c-5601", 949},
     {"ksc-5601", 949},
     {"ksc5601", 949},
@@ -256,7 +259,9 @@ uint32_t FindNumberedPage(std::string_view name) {
 
 }  // namespace
 
-uint32_t LookupCodePage(std::string_view charset) { return FindRow(kRows, charset); }
+uint32_t LookupCodePage(std::string_view charset) {
+  return EqualIgnoringCase(charset, "us-ascii") ? kPageOfAscii : FindRow(kRows, charset);
+}
 
 uint32_t PageOfCharset(std::string_view charset) {
   if (const uint32_t page = LookupCodePage(charset)) return page;

@@ -9,15 +9,12 @@
 #include "codec/charset/charset_coder.h"
 #include "codec/charset/code_page.h"
 #include "codec/charset/composition.h"
+#include "codec/charset_table.h"
 
 namespace mimora {
 namespace {
 
 using namespace std::string_view_literals;
-
-constexpr uint32_t kUtf16Page = 1200;
-constexpr uint32_t kSwappedUtf16Page = 1201;
-constexpr uint32_t kUtf8Page = 65001;
 
 constexpr uint32_t kTableDecodeFlags =
     kPrecomposed | kDecompose | kGlyphsForControls | kFailOnInvalid;
@@ -41,7 +38,7 @@ int32_t Succeed(int64_t count) {
 }
 
 bool IsUtf16(uint32_t code_page) {
-  return code_page == kUtf16Page || code_page == kSwappedUtf16Page;
+  return code_page == kUtf16Page || code_page == kUtf16BigEndianPage;
 }
 
 // The page if it is one of single bytes or pairs.
