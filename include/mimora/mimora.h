@@ -671,7 +671,8 @@ MIMORA_API int32_t M_GetAttachmentName(int32_t number, M_Bodypart *part,
 /*
  * Decodes the encoded words of a header value and removes its folding. Words are
  * found wherever they stand; neighbours are joined first, so that a character may
- * be split between them, and white space between them goes. What is not quite an
+ * be split between them, and white space between them goes. Line ends inside
+ * words become blanks, other control characters stay. What is not quite an
  * encoded word, or has a charset that is not known, stays as it is, as does all
  * other text.
  *
@@ -690,12 +691,13 @@ MIMORA_API int32_t M_DecodeHeaderFieldValue(const char *value,
 
 /*
  * Encodes a header value: words with characters beyond ASCII become encoded
- * words of at most 75 characters that split no character, each on a line of its
- * own; other words stay as they are. A value in plain ASCII is copied unchanged.
+ * words of at most 75 characters that split no character; other words stay as
+ * they are. Its lines are folded anew, at 76 characters. A value in plain ASCII is
+ * copied unchanged.
  *
  * value     the text; a quoted string in it is one word.
- * charset   what it is in; NULL, empty or not known: UTF-8 if it is proper
- *           UTF-8, else windows-1250.
+ * charset   what it is in, written into the words by its usual name; NULL, empty
+ *           or not known: UTF-8 if it is proper UTF-8, else windows-1250.
  * encoding  "B" (base64) or "Q" (like quoted-printable); NULL: the shorter.
  * buffer    receives the text; NULL asks for the size only.
  * size      in: room in BUFFER, in bytes; out, when 0 is returned: the bytes
@@ -714,30 +716,34 @@ MIMORA_API int32_t M_EncodeHeaderFieldValue(const char *value,
  * --------------------------------------------------------------------- */
 
 /*
- * Writes the body of a part. The input stream is locked meanwhile, so several
- * threads may write parts of one message, each into a stream of its own. Memory
- * does not grow with the body; temporary files, if any, are gone afterwards. The
- * size that M_GetBodypartSize tells becomes that of the body as it was decoded,
- * or translated, here.
+ * Writes the body of a part. Memory does not grow with the body; temporary files,
+ * if any, are gone afterwards. The size that M_GetBodypartSize tells becomes that
+ * of the body as it was decoded, or translated, here; it stays what it was when
+ * the body is copied in its own encoding.
  *
  * part            the part.
  * targetEncoding  "base64" or "quoted-printable": the transfer encoding (RFC
  *                 2045) to write it in; any other name: as it is when decoded;
  *                 NULL or empty: decoded. A body that has that encoding already
- *                 is copied as it stands.
+ *                 is copied as it stands. UTF-16 cannot be quoted-printable.
  * targetCharset   the character set to translate it to, when it is text with
  *                 another one; what has no place in that becomes a similar
- *                 character or "?". NULL or empty: not translated.
+ *                 character or "?". UTF-16 begins with a byte-order mark. NULL
+ *                 or empty: not translated.
  * in4             the stream to read when the part's own is gone, or was taken
  *                 away by M_UndefineBodypartBodyStreamDefinition; may be NULL.
  * out             the stream to write; it is flushed.
  *
- * Returns MIMORA_OK; -1: the body cannot be read (S_GetIOError tells why), -2 or
- *         MIMORA_E_WRITE: it cannot be written; MIMORA_E_READ: it ends too soon;
- *         MIMORA_E_TEMP_...: a temporary file failed (disk full, no access);
- *         MIMORA_E_CHARSET: one of the charsets is not known, and nothing was
+ * Returns MIMORA_OK; -1 or MIMORA_E_READ: the body cannot be read (S_GetIOError of
+ *         the input stream tells why), or its source ends before it does; -2 or
+ *         MIMORA_E_WRITE: it cannot be written; MIMORA_E_TEMP_...: a temporary
+ *         file failed (disk full, no access); MIMORA_E_CHARSET: one of the
+ *         charsets is not known, or is not for that encoding, and nothing was
  *         written; MIMORA_E_NO_BODY, MIMORA_E_BODY_...: the part has no body;
  *         MIMORA_E_NOT_OPEN: a handle that is needed is missing or not open.
+ * Threads: several may write parts of one message at the same time, each into a
+ *         stream of its own: the input stream is locked meanwhile. While a part
+ *         is written no other thread asks for its size.
  * Since:   1.0
  */
 MIMORA_API int32_t M_SaveBodypartBody(M_Bodypart *part,
@@ -751,6 +757,7 @@ MIMORA_API int32_t M_SaveBodypartBody(M_Bodypart *part,
  * keepEmbedded  not 0: they stay in the text, as with M_SaveBodypartBody; 0: they
  *               are cut out.
  *
+ * Returns what M_SaveBodypartBody returns.
  * Since:   1.0
  */
 MIMORA_API int32_t M_SaveBodypartBodyEx(M_Bodypart *part,
@@ -792,13 +799,13 @@ typedef void(MIMORA_CALL *M_DecodedPartProc)(S_Context, M_Bodypart *part,
  * The files have the names of the parts, made safe: no directory, no control
  * characters, no dot in front, not too long, no name of a device. A part without
  * a name is called part-1.2 after its place, with the extension of its type. A
- * name that is taken, by whatever and in whatever letter case, gets " (2)" in
- * front of its extension. No existing file is touched, and none lands outside the
- * directory. A file that cannot be written is removed again, and the others
- * follow.
+ * name that another file of the message has, in whatever letter case, or that is
+ * taken in the directory, gets " (2)" in front of its extension. No existing file
+ * is touched, and none lands outside the directory. A file that cannot be written
+ * is removed again, and the others follow.
  *
  * fileName         the message; below 2 GiB.
- * outputDirectory  must exist.
+ * outputDirectory  must exist, and not be empty ("." is the current one).
  * targetCharset    the character set that texts are translated to; NULL or
  *                  empty: none. A text whose own is not known is kept as it is.
  * onPart           told of each file; may be NULL.

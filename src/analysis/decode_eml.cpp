@@ -15,7 +15,6 @@
 #include "mime/parser.h"
 #include "platform/platform.h"
 #include "stream/copy_stream.h"
-#include "stream/stream_window.h"
 #include "stream/temporary_file.h"
 
 namespace mimora {
@@ -49,11 +48,49 @@ bool LoadedTree(Result result) {
   return result == kOk || result == kHeaderCut || result == kHeaderOdd || result == kNoBoundary;
 }
 
+// A file that is gone again unless it was written whole.
+class NewFile {
+ public:
+  // The first name of a directory's that is free.
+  NewFile(const std::string& directory, UniqueNames& names, const std::string& wanted) {
+    do {
+      const std::string path = directory + names.Next(wanted);
+      out_ = std::make_unique<Moutstream>(FileSink{.name = path.c_str(), .must_be_new = true},
+                                          kDefaultBufferSize);
+    } while (out_->GetError() == EEXIST);
+    path_ = out_->GetFileName();
+    created_ = out_->GetError() == 0;
+  }
+  ~NewFile() {
+    if (created_ && !whole_) platform::Remove(path_.c_str());
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+
+  bool Created() const { return created_; }
+  const std::string& Path() const { return path_; }
+  Moutstream& Out() { return *out_; }
+
+  // Ends the writing and keeps the file. Answers its size.
+  int64_t Keep() {
+    const int64_t size = out_->WritePos();
+    out_.reset();
+    whole_ = true;
+    return size;
+  }
+
+ private:
+  std::unique_ptr<Moutstream> out_;
+  std::string path_;
+  bool created_ = false;
+  bool whole_ = false;
+};
+
 class EmlDecoder {
  public:
   EmlDecoder(const std::string& directory, std::string_view target_charset,
-             const OnDecodedPart& on_part)
-      : directory_(directory), target_charset_(target_charset), on_part_(on_part) {
+             const OnDecodedPart& on_part, uint32_t& count)
+      : directory_(directory), target_charset_(target_charset), on_part_(on_part), count_(count) {
     if (!directory_.ends_with('/')) directory_ += '/';
   }
 
@@ -66,46 +103,34 @@ class EmlDecoder {
     }
   }
 
-  uint32_t Count() const { return count_; }
   int32_t FirstFailure() const { return failure_; }
 
  private:
   // The stream is decoded once, however many files it holds.
   void DecodeTnef(const Leaf& leaf) {
     TemporaryFile decoded;
-    const int32_t result = WriteBodypartBodyToStream(*leaf.part, decoded.Out(), nullptr, {});
-    if (result != kOk || !decoded.Close()) return Fail(kTempNotWritten);
+    const int32_t result = decoded.Fill(
+        [&](Moutstream& out) { return WriteBodypartBodyToStream(*leaf.part, out, nullptr, {}); });
+    if (result != kOk) return Fail(result);
     Minstream in(decoded.Source(), kDefaultBufferSize);
+    if (in.GetError() != 0) return Fail(kTempNotOpened);
     for (int32_t number = 1; const EmbeddedAttachment* file = leaf.part->Embedded(number);
          ++number) {
-      Save(leaf, number, [&](Moutstream& out) {
-        StreamWindow window(in, file->Offset, file->DecodedSize);
-        return CopyStream(window.Stream(), out, kWholeStream);
-      });
+      Save(leaf, number,
+           [&](Moutstream& out) { return CopyRange(in, out, file->Offset, file->DecodedSize); });
     }
   }
 
   // Has one file written by WRITE.
   template <typename Write>
   void Save(const Leaf& leaf, int32_t number, Write write) {
-    const std::string wanted = NameOf(leaf, number);
-    std::unique_ptr<Moutstream> out;
-    do {
-      const std::string path = directory_ + names_.Next(wanted);
-      out = std::make_unique<Moutstream>(FileSink{.name = path.c_str(), .must_be_new = true},
-                                         kDefaultBufferSize);
-    } while (out->GetError() == EEXIST);
-    if (out->GetError() != 0) return Fail(kOutputNotOpened);
-    const std::string path = out->GetFileName();
-    const int32_t result = write(*out);
-    const int64_t size = out->WritePos();
-    out.reset();
-    if (result != kOk) {
-      platform::Remove(path.c_str());
-      return Fail(result);
-    }
+    NewFile file(directory_, names_, NameOf(leaf, number));
+    if (!file.Created()) return Fail(kOutputNotOpened);
+    const int32_t result = write(file.Out());
+    if (result != kOk) return Fail(result);
+    const int64_t size = file.Keep();
     ++count_;
-    if (on_part_) on_part_(*leaf.part, number, path, size);
+    if (on_part_) on_part_(*leaf.part, number, file.Path(), size);
   }
 
   int32_t WriteBody(Bodypart& part, Moutstream& out) const {
@@ -133,7 +158,7 @@ class EmlDecoder {
   std::string_view target_charset_;
   const OnDecodedPart& on_part_;
   UniqueNames names_;
-  uint32_t count_ = 0;
+  uint32_t& count_;
   int32_t failure_ = kOk;
 };
 
@@ -142,6 +167,8 @@ class EmlDecoder {
 int32_t DecodeEml(const char* file_name, const std::string& directory,
                   std::string_view target_charset, const OnDecodedPart& on_part, uint32_t& count) {
   count = 0;
+  // The file system's root would go by that name.
+  if (directory.empty()) return kOutputNotOpened;
   if (!target_charset.empty() && PageOfCharset(target_charset) == 0) return kUnknownCharset;
   Minstream in(FileSource{.name = file_name}, kDefaultBufferSize);
   if (!in.IsOpen()) return kInputNotOpened;
@@ -150,9 +177,8 @@ int32_t DecodeEml(const char* file_name, const std::string& directory,
   if (!LoadedTree(loaded)) return loaded;
   std::vector<Leaf> leaves;
   CollectMessage(message, "", leaves);
-  EmlDecoder decoder(directory, target_charset, on_part);
+  EmlDecoder decoder(directory, target_charset, on_part, count);
   for (const Leaf& leaf : leaves) decoder.Decode(leaf);
-  count = decoder.Count();
   return decoder.FirstFailure() != kOk ? decoder.FirstFailure() : loaded;
 }
 

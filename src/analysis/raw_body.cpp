@@ -1,13 +1,13 @@
 // Copyright (c) 2026 the mimora developers.
 #include "analysis/raw_body.h"
 
-#include <algorithm>
 #include <iterator>
 #include <string_view>
 #include <utility>
 
 #include "diag/result.h"
 #include "platform/platform.h"
+#include "stream/stream_window.h"
 
 namespace mimora {
 namespace {
@@ -15,7 +15,7 @@ namespace {
 // A piece of the source.
 struct Range {
   int64_t start;
-  int64_t end;
+  int64_t length;
 };
 
 Range BodyRange(const Bodypart& part, int32_t offset) {
@@ -24,34 +24,25 @@ Range BodyRange(const Bodypart& part, int32_t offset) {
 
 Range BodypartRange(const Bodypart& part, int32_t offset) {
   const bool root = part.Parent == nullptr;
-  return {part.PartStart + offset, root ? kWholeStream : part.BodyStart + part.BodyLength};
-}
-
-// Moves the stream to the start of the range and tells how many of WANTED bytes lie in it.
-int64_t MoveTo(Minstream& in, Range range, uint32_t wanted) {
-  in.SetBoundary({});
-  in.SetReadLimit(kNoReadLimit);
-  in.Seek(range.start);
-  // Where the source cannot go there is nothing to read.
-  const bool arrived = in.Position() == range.start;
-  return arrived ? std::clamp<int64_t>(range.end - range.start, 0, wanted) : 0;
+  const int64_t size = part.BodyStart + part.BodyLength - part.PartStart;
+  return {part.PartStart + offset, root ? kWholeStream : size - offset};
 }
 
 int32_t ReadRange(Minstream* in, Range range, void* buffer, uint32_t* size) {
   if (in == nullptr) return kNotOpen;
-  const int64_t count = MoveTo(*in, range, *size);
-  *size = static_cast<uint32_t>(in->ReadBlock(static_cast<char*>(buffer), count));
+  StreamWindow window(*in, range.start, range.length);
+  *size = static_cast<uint32_t>(window.Stream().ReadBlock(static_cast<char*>(buffer), *size));
   return in->GetError();
 }
 
 // Copies exactly WANTED bytes, if the range has as many; counts those that were written.
-Result CopyRange(Minstream& in, Range range, uint32_t wanted, int file, uint32_t& written) {
-  if (MoveTo(in, range, wanted) < wanted) return kReadFailed;
+Result SaveRange(Minstream& in, Range range, uint32_t wanted, int file, uint32_t& written) {
+  StreamWindow window(in, range.start, range.length);
   while (written < wanted) {
-    const std::string_view run = in.NextRun().substr(0, wanted - written);
+    const std::string_view run = window.Stream().NextRun().substr(0, wanted - written);
     if (run.empty()) return kReadFailed;
     if (platform::Write(file, run.data(), std::ssize(run)) != std::ssize(run)) return kWriteFailed;
-    in.Take(run.size());
+    window.Stream().Take(run.size());
     written += static_cast<uint32_t>(run.size());
   }
   return kOk;
@@ -81,7 +72,7 @@ int32_t SaveText(const Bodypart* part, Minstream* in, const char* file_name, boo
   if (file == platform::kNoFile) return kOutputNotOpened;
   const uint32_t wanted = std::exchange(*count, 0);
   const Range range = body_only ? BodyRange(*part, offset) : BodypartRange(*part, offset);
-  const Result result = CopyRange(*in, range, wanted, file, *count);
+  const Result result = SaveRange(*in, range, wanted, file, *count);
   platform::Close(file);
   if (result == kOk) return in->GetError();
   // Never a device that was written to.

@@ -2,7 +2,6 @@
 #include "analysis/safe_name.h"
 
 #include <algorithm>
-#include <array>
 
 #include "codec/charset/translate.h"
 #include "codec/charset_table.h"
@@ -15,22 +14,25 @@ namespace {
 constexpr size_t kLongestName = 240;
 constexpr size_t kLongestExtension = 40;
 
-constexpr std::string_view kDot = ".";
+struct Range {
+  std::string_view first;
+  std::string_view last;
+};
 
-// What reads in the other direction, or is not seen, in UTF-8: with them "gpj.exe" shows as
-// "exe.jpg".
-constexpr std::array<std::string_view, 12> kDirectionMarks = {
-    "\xD8\x9C",     "\xE2\x80\x8E", "\xE2\x80\x8F", "\xE2\x80\xAA", "\xE2\x80\xAB", "\xE2\x80\xAC",
-    "\xE2\x80\xAD", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xE2\x81\xA7", "\xE2\x81\xA8", "\xE2\x81\xA9"};
+// What is not seen, or reads in the other direction, in UTF-8: with such marks "gpj.exe" shows as
+// "exe.jpg". Line separators are among them.
+constexpr Range kUnsafe[] = {{"\xC2\x80", "\xC2\x9F"},         {"\xD8\x9C", "\xD8\x9C"},
+                             {"\xE2\x80\x8B", "\xE2\x80\x8F"}, {"\xE2\x80\xA8", "\xE2\x80\xAE"},
+                             {"\xE2\x81\xA0", "\xE2\x81\xAF"}, {"\xEF\xBB\xBF", "\xEF\xBB\xBF"}};
 
-// How many bytes of a control character or direction mark the text begins with.
+// How many bytes of that the text begins with.
 size_t UnsafeSize(std::string_view text) {
   if (IsControl(text[0])) return 1;
-  const bool c1 = text[0] == '\xC2' && text.size() > 1 && static_cast<uint8_t>(text[1]) < 0xA0;
-  if (c1) return 2;
-  const auto found = std::find_if(kDirectionMarks.begin(), kDirectionMarks.end(),
-                                  [text](std::string_view mark) { return text.starts_with(mark); });
-  return found != kDirectionMarks.end() ? found->size() : 0;
+  for (const Range& range : kUnsafe) {
+    const std::string_view start = text.substr(0, range.first.size());
+    if (start >= range.first && start <= range.last) return start.size();
+  }
+  return 0;
 }
 
 std::string ReplaceUnsafe(std::string_view name) {
@@ -46,7 +48,7 @@ std::string ReplaceUnsafe(std::string_view name) {
 // Names that some systems take for devices, whatever extension they have.
 bool IsDevice(std::string_view name) {
   constexpr std::string_view kDevices[] = {"CON", "PRN", "AUX", "NUL"};
-  const std::string stem = UpperCase(name.substr(0, name.find('.')));
+  const std::string stem = UpperCase(TrimRight(name.substr(0, name.find('.')), IsBlank));
   const bool numbered = stem.size() == 4 && (stem.starts_with("COM") || stem.starts_with("LPT")) &&
                         IsDigit(stem.back());
   return numbered ||
@@ -72,12 +74,14 @@ std::string Shorten(std::string_view name) {
 }  // namespace
 
 std::string SafeFileName(std::string_view name) {
-  name.remove_prefix(std::min(name.find_last_of("/\\") + 1, name.size()));
   const auto is_end = [](char c) { return c == '.' || IsSpace(c); };
-  name = TrimLeft(TrimRight(name, is_end), is_end);
   // Not every file system takes bytes that are no text.
   const std::string text = TranslateText(name, kUtf8Page, kUtf8Page);
-  std::string safe = Shorten(ReplaceUnsafe(text));
+  name = text;
+  name.remove_prefix(std::min(name.find_last_of("/\\") + 1, name.size()));
+  const std::string shown = ReplaceUnsafe(TrimLeft(name, is_end));
+  std::string safe = Shorten(TrimRight(shown, is_end));
+  safe.resize(TrimRight(safe, is_end).size());
   if (IsDevice(safe)) safe.insert(0, 1, '_');
   return safe;
 }

@@ -3,7 +3,9 @@
 
 #include <cinttypes>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "codec/base64.h"
 #include "codec/charset/translate.h"
@@ -26,8 +28,6 @@ constexpr int64_t kReadBackBuffer = 4096;
 
 constexpr int32_t kBase64LineLength = 72;
 
-constexpr int kUntraced = 0;
-
 // ---- Steps --------------------------------------------------------------------------------------
 
 int32_t Encode(Minstream& in, Moutstream& out, std::string_view encoding) {
@@ -44,12 +44,10 @@ int32_t Encode(Minstream& in, Moutstream& out, std::string_view encoding) {
 // Runs a step whose output goes into a temporary file; the trace knows it by its number.
 template <typename Step>
 int32_t FillTemporary(TemporaryFile& file, int number, Step step) {
-  if (file.Out().GetError() != 0) return kTempNotCreated;
-  if (number != kUntraced) LogTrace("Temp file .%d %s", number, file.Out().GetFileName().c_str());
-  const int32_t result = step(file.Out());
-  // Whether the last bytes could be written or earlier ones is all the same to the caller.
-  if (!file.Close()) return kTempNotWritten;
-  return result;
+  return file.Fill([&](Moutstream& out) {
+    LogTrace("Temp file .%d %s", number, file.Name().c_str());
+    return step(out);
+  });
 }
 
 // Runs a step whose input is a temporary file.
@@ -57,11 +55,6 @@ template <typename Step>
 int32_t ReadTemporary(const TemporaryFile& file, int64_t buffer_size, Step step) {
   Minstream in(file.Source(), buffer_size);
   return in.GetError() == 0 ? step(in) : kTempNotOpened;
-}
-
-int32_t CopyRange(Minstream& in, Moutstream& out, int64_t start, int64_t length) {
-  StreamWindow window(in, start, length);
-  return CopyStream(window.Stream(), out, kWholeStream);
 }
 
 // ---- Writing ------------------------------------------------------------------------------------
@@ -76,7 +69,7 @@ class BodyWriter {
   }
 
   int32_t Write(Minstream& body) {
-    if (translates_ && (from_page_ == 0 || to_page_ == 0)) return kUnknownCharset;
+    if (translates_ && !CanTranslate()) return kUnknownCharset;
     const bool whole = request_.embedded_index == kWholeBody;
     if (!whole && !part_.TnefAttachments.empty()) return ExtractFromTnef(body);
     if (part_.UuencodedBlocks.empty() || (whole && request_.keep_embedded)) return WritePlain(body);
@@ -90,6 +83,13 @@ class BodyWriter {
            !SameCodePage(request_.target_charset, part_.Charset) && part_.Type().major == "TEXT";
   }
 
+  bool CanTranslate() const {
+    // Quoted-printable would tear the units of UTF-16 apart at what look like line ends.
+    const bool by_lines =
+        FindTransferEncoding(request_.target_encoding) == TransferEncoding::kQuotedPrintable;
+    return from_page_ != 0 && to_page_ != 0 && !(by_lines && IsUtf16Page(to_page_));
+  }
+
   // The encoding as the header has it.
   std::string DeclaredEncoding() const { return part_.Field("Content-Transfer-Encoding").Main(); }
 
@@ -101,16 +101,12 @@ class BodyWriter {
     if (request_.embedded_index >= part_.TnefAttachments.size()) return kNoSuchAttachment;
     const EmbeddedAttachment& wanted = part_.TnefAttachments[request_.embedded_index];
     TemporaryFile stream;
-    const int32_t result = FillTemporary(stream, kUntraced, [&](Moutstream& out) {
-      return TransferEncodingDecode(body, out, DeclaredEncoding());
-    });
+    const int32_t result = stream.Fill(
+        [&](Moutstream& out) { return TransferEncodingDecode(body, out, DeclaredEncoding()); });
     if (result != kOk) return result;
-    const int64_t before = out_.WritePos();
-    const int32_t copied = ReadTemporary(stream, kDefaultBufferSize, [&](Minstream& in) {
+    return ReadTemporary(stream, kDefaultBufferSize, [&](Minstream& in) {
       return CopyRange(in, out_, wanted.Offset, wanted.DecodedSize);
     });
-    const bool short_of_bytes = out_.WritePos() - before < wanted.DecodedSize;
-    return copied == kOk && short_of_bytes ? kReadFailed : copied;
   }
 
   int32_t WritePlain(Minstream& body) {
@@ -154,27 +150,31 @@ class BodyWriter {
 
   int32_t DecodeAndEncode(Minstream& body) {
     LogTrace("WriteBodypartBodyToStream 11");
-    TemporaryFile decoded;
-    const int32_t result = FillTemporary(decoded, 3, [&](Moutstream& out) {
+    std::optional<TemporaryFile> decoded(std::in_place);
+    const int32_t result = FillTemporary(*decoded, 3, [&](Moutstream& out) {
       const int32_t answer = Decode(body, out);
       part_.DecodedSize = out.WritePos();
       return answer;
     });
     if (result != kOk) return result;
     LogTrace("WriteBodypartBodyToStream 12");
-    return ReadTemporary(decoded, kDefaultBufferSize, [&](Minstream& in) {
-      return translates_ ? TranslateAndEncode(in) : Encode(in, out_, request_.target_encoding);
-    });
+    return translates_ ? TranslateAndEncode(decoded) : EncodeTemporary(*decoded);
   }
 
-  int32_t TranslateAndEncode(Minstream& in) {
+  int32_t EncodeTemporary(const TemporaryFile& file) {
+    return ReadTemporary(file, kDefaultBufferSize,
+                         [&](Minstream& in) { return Encode(in, out_, request_.target_encoding); });
+  }
+
+  // Only one of the two files is there while the result is written.
+  int32_t TranslateAndEncode(std::optional<TemporaryFile>& text) {
     TemporaryFile translated;
-    const int32_t result =
-        FillTemporary(translated, 4, [&](Moutstream& out) { return Translate(in, out); });
-    if (result != kOk) return result;
-    return ReadTemporary(translated, kDefaultBufferSize, [&](Minstream& text) {
-      return Encode(text, out_, request_.target_encoding);
+    const int32_t result = FillTemporary(translated, 4, [&](Moutstream& out) {
+      return ReadTemporary(*text, kDefaultBufferSize,
+                           [&](Minstream& in) { return Translate(in, out); });
     });
+    text.reset();
+    return result == kOk ? EncodeTemporary(translated) : result;
   }
 
   int32_t Translate(Minstream& in, Moutstream& out) {
@@ -204,14 +204,14 @@ class BodyWriter {
 
   int32_t WriteFromDecoded(Minstream& in) {
     if (!translates_ && request_.target_encoding.empty()) return CutOrExtract(in, out_);
-    TemporaryFile wanted;
+    std::optional<TemporaryFile> wanted(std::in_place);
     const int32_t result =
-        FillTemporary(wanted, 2, [&](Moutstream& out) { return CutOrExtract(in, out); });
+        FillTemporary(*wanted, 2, [&](Moutstream& out) { return CutOrExtract(in, out); });
     if (result != kOk) return result;
-    return ReadTemporary(wanted, kReadBackBuffer, [&](Minstream& text) {
-      if (!translates_) return Encode(text, out_, request_.target_encoding);
-      return request_.target_encoding.empty() ? Translate(text, out_) : TranslateAndEncode(text);
-    });
+    if (!translates_) return EncodeTemporary(*wanted);
+    if (!request_.target_encoding.empty()) return TranslateAndEncode(wanted);
+    return ReadTemporary(*wanted, kReadBackBuffer,
+                         [&](Minstream& text) { return Translate(text, out_); });
   }
 
   int32_t CutOrExtract(Minstream& in, Moutstream& out) const {
@@ -231,7 +231,8 @@ class BodyWriter {
       if (result != kOk) return result;
       at = begin + block.BlockLength;
     }
-    return CopyRange(in, out, at, kWholeStream);
+    StreamWindow rest(in, at, kWholeStream);
+    return CopyStream(rest.Stream(), out, kWholeStream);
   }
 
   Bodypart& part_;
@@ -298,6 +299,11 @@ class StreamLock {
   Minstream& stream_;
 };
 
+bool EndsBefore(Minstream& in, int64_t end) {
+  in.Skip();
+  return in.Position() < end;
+}
+
 }  // namespace
 
 int32_t WriteBodypartBodyToStream(Bodypart& part, Moutstream& out, Minstream* in4,
@@ -317,9 +323,14 @@ int32_t WriteBodypartBodyToStream(Bodypart& part, Moutstream& out, Minstream* in
   StreamWindow window(*source.stream, start,
                       own || part.BodyLength == -1 ? kWholeStream : part.BodyLength);
   LogTrace("WriteBodypartBodyToStream 3");
+  const int64_t base = window.Stream().Position();
   BodyWriter writer(part, out, request);
   LogTrace("WriteBodypartBodyToStream 4");
   int32_t result = writer.Write(window.Stream());
+  const bool whole = own || part.BodyLength == -1 || request.embedded_index != kWholeBody;
+  if (result == kOk && !whole && EndsBefore(window.Stream(), base + part.BodyLength)) {
+    result = kReadFailed;
+  }
   if (result == kOk && !out.FlushBuffer()) result = kWriteFailed;
   LogTrace("WriteBodypartBodyToStream out for %8.8" PRIXPTR, reinterpret_cast<uintptr_t>(&part));
   return result;

@@ -61,12 +61,13 @@ std::optional<std::string_view> FindValue(const Bodypart& part, const char* name
 
 int32_t CopyName(const char* name, int32_t number, M_Bodypart* part, char* buffer, uint32_t size,
                  const char* target_charset) {
-  return RunExport(name, [&](int&) {
+  return RunExport(name, [&](int& ex_pos) {
     NoteBodypart(part);
     if (part == nullptr) {
       CopyWhole("", buffer, size);
       return 1;
     }
+    ex_pos = 1;
     return CopyWhole(AttachmentName(*ToBodypart(part), number, TextOrEmpty(target_charset)), buffer,
                      size);
   });
@@ -403,8 +404,9 @@ int32_t M_GetAttachmentName(int32_t number, M_Bodypart* part, char* buffer, uint
 
 int32_t M_DecodeHeaderFieldValue(const char* value, const char* targetCharset, char* buffer,
                                  uint32_t* size) {
-  return RunExport("M_DecodeHeaderFieldValue", [&](int&) {
+  return RunExport("M_DecodeHeaderFieldValue", [&](int& ex_pos) {
     if (value == nullptr) return 0;
+    ex_pos = 1;
     return CopyOut(DecodeEncodedWords(value, TextOrEmpty(targetCharset)), buffer, size) == 0 ? 1
                                                                                              : 0;
   });
@@ -412,8 +414,9 @@ int32_t M_DecodeHeaderFieldValue(const char* value, const char* targetCharset, c
 
 int32_t M_EncodeHeaderFieldValue(const char* value, const char* charset, const char* encoding,
                                  char* buffer, uint32_t* size) {
-  return RunExport("M_EncodeHeaderFieldValue", [&](int&) {
+  return RunExport("M_EncodeHeaderFieldValue", [&](int& ex_pos) {
     if (value == nullptr) return 0;
+    ex_pos = 1;
     const std::string text =
         EncodeWords(value, TextOrEmpty(charset), TextOrEmpty(encoding), kUnknownColumn);
     return CopyOut(text, buffer, size) == 0 ? 1 : 0;
@@ -454,15 +457,14 @@ int32_t M_DecodeEML(const char* fileName, const char* outputDirectory, const cha
     onPart(context, ToHandle(&part), number, path.c_str(), size);
   };
   return RunExport("M_DecodeEML", [&](int& ex_pos) -> int32_t {
-    uint32_t count = 0;
-    if (partCount != nullptr) *partCount = 0;
+    uint32_t ignored = 0;
+    uint32_t& count = partCount != nullptr ? *partCount : ignored;
+    count = 0;
     if (fileName == nullptr) return kInputNotOpened;
     if (outputDirectory == nullptr) return kOutputNotOpened;
     ex_pos = 1;
-    const int32_t result = DecodeEml(fileName, outputDirectory, TextOrEmpty(targetCharset),
-                                     onPart != nullptr ? OnDecodedPart(tell) : nullptr, count);
-    if (partCount != nullptr) *partCount = count;
-    return result;
+    return DecodeEml(fileName, outputDirectory, TextOrEmpty(targetCharset),
+                     onPart != nullptr ? OnDecodedPart(tell) : nullptr, count);
   });
 }
 

@@ -226,10 +226,7 @@ constexpr uint32_t FindRow(const Row (&rows)[kCount], std::string_view charset) 
   return row != std::end(rows) ? row->code_page : 0;
 }
 
-bool IsPageOfTable(uint32_t page) {
-  return std::any_of(std::begin(kRows), std::end(kRows),
-                     [page](const Row& row) { return row.code_page == page; });
-}
+bool IsPageOfTable(uint32_t page) { return !CharsetOfPage(page).empty(); }
 
 // The number that a name consists of behind the prefix; nothing when it is something else.
 std::optional<uint32_t> NumberBehind(std::string_view name, std::string_view prefix) {
@@ -271,6 +268,12 @@ uint32_t PageOfCharset(std::string_view charset) {
   if (const uint32_t page = LookupCodePage(name)) return page;
   if (const uint32_t page = FindRow(kAliases, name)) return page;
   return FindNumberedPage(name);
+}
+
+std::string_view CharsetOfPage(uint32_t page) {
+  const Row* row = std::find_if(std::begin(kRows), std::end(kRows),
+                                [page](const Row& any) { return any.code_page == page; });
+  return row != std::end(kRows) ? row->charset : std::string_view();
 }
 
 bool IsUnicodeCharset(std::string_view charset) { return LookupCodePage(charset) == kUtf16Page; }

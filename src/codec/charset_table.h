@@ -14,12 +14,19 @@ constexpr uint32_t kUtf16BigEndianPage = 1201;
 constexpr uint32_t kUtf7Page = 65000;
 constexpr uint32_t kUtf8Page = 65001;
 
+constexpr bool IsUtf16Page(uint32_t page) {
+  return page == kUtf16Page || page == kUtf16BigEndianPage;
+}
+
 // The code page of a character set, whose name may be in any case; 0 when it is not known.
 uint32_t LookupCodePage(std::string_view charset);
 
 // The same, and besides the other names that mail uses for these pages ("utf8", "latin1", "gbk",
 // "cp1250"): what text is converted by.
 uint32_t PageOfCharset(std::string_view charset);
+
+// The name that mail has for a page; empty for a page that no name stands for.
+std::string_view CharsetOfPage(uint32_t page);
 
 bool IsUnicodeCharset(std::string_view charset);
 

@@ -2,24 +2,18 @@
 #include "codec/encoded_word.h"
 
 #include <algorithm>
-#include <memory>
-#include <utility>
-#include <vector>
+#include <optional>
 
 #include "codec/base64.h"
-#include "codec/charset/charset_coder.h"
 #include "codec/charset/translate.h"
 #include "codec/charset_table.h"
 #include "platform/ascii.h"
-#include "stream/minstream.h"
 #include "stream/moutstream.h"
 
 namespace mimora {
 namespace {
 
 enum class WordEncoding : char { kBase64 = 'B', kQuoted = 'Q' };
-
-// ---- Decoding -----------------------------------------------------------------------------------
 
 // "=?charset?B?text?=", where a language may stand behind the charset ("us-ascii*en").
 struct EncodedWord {
@@ -95,7 +89,11 @@ class WordRun {
   // Appends what the words say, and is empty.
   void Flush(std::string& value) {
     if (Empty()) return;
-    value += TranslateText(Bytes(), PageOfCharset(charset_), target_);
+    std::string text = TranslateText(Bytes(), PageOfCharset(charset_), target_);
+    // A header value is one line, and for a caller in C a zero would end it.
+    std::erase(text, '\0');
+    std::replace_if(text.begin(), text.end(), IsLineEnd, ' ');
+    value += text;
     texts_.clear();
   }
 
@@ -132,228 +130,11 @@ std::string Unfold(std::string_view text) {
 
 bool IsWhite(std::string_view text) { return std::all_of(text.begin(), text.end(), IsBlank); }
 
-// ---- Encoding -----------------------------------------------------------------------------------
-
-constexpr size_t kLongestWord = 75;
-constexpr size_t kLongestLine = 76;
-// A line with less room than this for the text of a word is not worth beginning one.
-constexpr size_t kLeastText = 16;
-
-// What stands in a word as it is, by its strictest place, a phrase.
-constexpr bool IsPlainInWord(char c) {
-  return IsDigit(c) || (ToUpper(c) >= 'A' && ToUpper(c) <= 'Z') || c == '!' || c == '*' ||
-         c == '+' || c == '-' || c == '/';
-}
-
-size_t QuotedSize(std::string_view bytes) {
-  const auto plain = static_cast<size_t>(std::count_if(
-      bytes.begin(), bytes.end(), [](char c) { return IsPlainInWord(c) || c == ' '; }));
-  return 3 * bytes.size() - 2 * plain;
-}
-
-constexpr size_t Base64Size(std::string_view bytes) { return (bytes.size() + 2) / 3 * 4; }
-
-std::string EncodeQuoted(std::string_view bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == ' ') {
-      text += '_';
-    } else if (IsPlainInWord(c)) {
-      text += c;
-    } else {
-      text.append({'=', kDigits[byte >> 4], kDigits[byte & 15]});
-    }
-  }
-  return text;
-}
-
-std::string EncodeBase64Text(std::string_view bytes) {
-  Minstream in(MemorySource{bytes.data(), std::ssize(bytes)});
-  Moutstream out{MemorySink{}};
-  EncodeBase64(in, out, 0);
-  return std::string(out.GetBuffer());
-}
-
-std::u16string DecodeAll(std::string_view text, CharsetDecoder& decoder) {
-  std::u16string wide(DecodedRoom(text.size()) + DecodedRoom(0), u'\0');
-  const char16_t* end = decoder.Finish(decoder.Decode(text, wide.data()));
-  wide.resize(static_cast<size_t>(end - wide.data()));
-  return wide;
-}
-
-std::string EncodeAll(std::u16string_view wide, CharsetEncoder& encoder) {
-  std::string bytes(EncodedRoom(wide.size()) + EncodedRoom(0), '\0');
-  const char* end = encoder.Finish(encoder.Encode(wide, bytes.data()));
-  bytes.resize(static_cast<size_t>(end - bytes.data()));
-  return bytes;
-}
-
-bool IsAscii(std::u16string_view wide) {
-  return std::all_of(wide.begin(), wide.end(), [](char16_t unit) { return unit < 0x80; });
-}
-
-bool IsWhiteUnit(char16_t unit) { return unit < 0x80 && IsSpace(static_cast<char>(unit)); }
-
-// White space and the word behind it; a quoted string is one word, blanks and all.
-struct Piece {
-  std::u16string_view white;
-  std::u16string_view word;
-};
-
-size_t FindWordEnd(std::u16string_view text) {
-  if (text.starts_with(u'"')) {
-    const size_t quote = text.find(u'"', 1);
-    if (quote != std::u16string_view::npos)
-      text = text.substr(0, text.find_first_of(u" \t\r\n", quote));
-    if (quote != std::u16string_view::npos) return text.size();
-  }
-  return std::min(text.find_first_of(u" \t\r\n"), text.size());
-}
-
-Piece TakePiece(std::u16string_view& text) {
-  const auto word = std::find_if_not(text.begin(), text.end(), IsWhiteUnit);
-  Piece piece{text.substr(0, static_cast<size_t>(word - text.begin())), {}};
-  text.remove_prefix(piece.white.size());
-  piece.word = text.substr(0, FindWordEnd(text));
-  text.remove_prefix(piece.word.size());
-  return piece;
-}
-
-// Writes a value piece by piece and keeps its lines short.
-class ValueWriter {
- public:
-  ValueWriter(CharsetEncoder& encoder, std::string_view charset, WordEncoding encoding,
-              size_t column)
-      : encoder_(encoder), encoding_(encoding), column_(column) {
-    prefix_.append("=?").append(charset).append({'?', static_cast<char>(encoding), '?'});
-  }
-
-  void WriteAscii(const Piece& piece) {
-    WriteWhite(piece.white, piece.word.size());
-    Put(Narrow(piece.word));
-  }
-
-  void WriteEncoded(const Piece& piece) {
-    WriteWhite(piece.white, Overhead() + kLeastText);
-    for (std::u16string_view rest = piece.word; !rest.empty();) {
-      const size_t used = std::min(column_, kLongestLine);
-      const size_t room =
-          std::max(std::min(kLongestWord, kLongestLine - used), Overhead() + kLeastText);
-      const std::string bytes = TakeBytes(rest, room - Overhead());
-      const bool quoted = encoding_ == WordEncoding::kQuoted;
-      Put(prefix_ + (quoted ? EncodeQuoted(bytes) : EncodeBase64Text(bytes)) + "?=");
-      if (!rest.empty()) Fold(" ");
-    }
-  }
-
-  std::string Value() && { return std::move(value_); }
-
- private:
-  static std::string Narrow(std::u16string_view wide) { return {wide.begin(), wide.end()}; }
-
-  size_t Overhead() const { return prefix_.size() + 2; }
-
-  void Put(std::string_view text) {
-    value_ += text;
-    column_ += text.size();
-  }
-
-  void Fold(std::string_view white) {
-    value_.append("\r\n").append(white);
-    column_ = white.size();
-  }
-
-  // Begins a new line when NEEDED characters more would not fit.
-  void WriteWhite(std::u16string_view white, size_t needed) {
-    const std::string text = Narrow(white);
-    const size_t last_line = text.rfind('\n');
-    if (last_line != std::string::npos) {
-      value_ += text;
-      column_ = text.size() - last_line - 1;
-    } else if (!text.empty() && column_ + text.size() + needed > kLongestLine) {
-      Fold(text);
-    } else {
-      Put(text);
-    }
-  }
-
-  // As many characters as fit into ROOM when they are encoded; at least one.
-  std::string TakeBytes(std::u16string_view& text, size_t room) {
-    std::string bytes;
-    size_t taken = 0;
-    while (taken < text.size()) {
-      const bool pair = (text[taken] & 0xFC00) == 0xD800 && taken + 1 < text.size();
-      const size_t next = taken + (pair ? 2 : 1);
-      std::string longer = EncodeAll(text.substr(0, next), encoder_);
-      const size_t size =
-          encoding_ == WordEncoding::kQuoted ? QuotedSize(longer) : Base64Size(longer);
-      if (taken > 0 && size > room) break;
-      bytes = std::move(longer);
-      taken = next;
-    }
-    text.remove_prefix(taken);
-    return bytes;
-  }
-
-  CharsetEncoder& encoder_;
-  WordEncoding encoding_;
-  std::string prefix_;
-  size_t column_;
-  std::string value_;
-};
-
-// The pieces of a value, those that need encoding and are neighbours joined.
-std::vector<Piece> SplitValue(std::u16string_view text) {
-  std::vector<Piece> pieces;
-  while (!text.empty()) {
-    const Piece piece = TakePiece(text);
-    if (!pieces.empty() && !IsAscii(piece.word) && !IsAscii(pieces.back().word)) {
-      std::u16string_view& word = pieces.back().word;
-      word = {word.data(), word.size() + piece.white.size() + piece.word.size()};
-    } else {
-      pieces.push_back(piece);
-    }
-  }
-  return pieces;
-}
-
-WordEncoding ShorterEncoding(const std::vector<Piece>& pieces, CharsetEncoder& encoder) {
-  size_t quoted = 0;
-  size_t base64 = 0;
-  for (const Piece& piece : pieces) {
-    if (IsAscii(piece.word)) continue;
-    const std::string bytes = EncodeAll(piece.word, encoder);
-    quoted += QuotedSize(bytes);
-    base64 += Base64Size(bytes);
-  }
-  return quoted <= base64 ? WordEncoding::kQuoted : WordEncoding::kBase64;
-}
-
-// What a value is in, and what it says.
-struct HeaderText {
-  std::string_view charset;
-  uint32_t page;
-  std::u16string wide;
-};
-
-HeaderText ReadHeaderText(std::string_view value, std::string_view charset) {
-  if (const uint32_t page = PageOfHeaderCharset(charset)) {
-    return {charset, page, DecodeAll(value, *MakeDecoder(page))};
-  }
-  const auto utf8 = MakeDecoder(kUtf8Page);
-  std::u16string wide = DecodeAll(value, *utf8);
-  if (!utf8->FoundInvalid()) return {"utf-8", kUtf8Page, std::move(wide)};
-  constexpr uint32_t kCentralEuropean = 1250;
-  return {"windows-1250", kCentralEuropean, DecodeAll(value, *MakeDecoder(kCentralEuropean))};
-}
-
 }  // namespace
 
 uint32_t PageOfHeaderCharset(std::string_view charset) {
   const uint32_t page = PageOfCharset(charset);
-  return page == kUtf16Page || page == kUtf16BigEndianPage ? 0 : page;
+  return IsUtf16Page(page) ? 0 : page;
 }
 
 std::string DecodeEncodedWords(std::string_view value, std::string_view target_charset) {
@@ -381,26 +162,7 @@ std::string DecodeEncodedWords(std::string_view value, std::string_view target_c
   }
   run.Flush(decoded);
   decoded += line.substr(done);
-  // A zero would end the text for a caller in C.
-  std::erase(decoded, '\0');
   return decoded;
-}
-
-std::string EncodeWords(std::string_view value, std::string_view charset, std::string_view encoding,
-                        size_t column) {
-  const HeaderText text = ReadHeaderText(value, charset);
-  const bool plain = text.wide.size() == value.size() && IsAscii(text.wide);
-  if (plain) return std::string(value);
-  const std::vector<Piece> pieces = SplitValue(text.wide);
-  const auto encoder = MakeEncoder(text.page);
-  WordEncoding chosen = ShorterEncoding(pieces, *encoder);
-  if (EqualIgnoringCase(encoding, "B")) chosen = WordEncoding::kBase64;
-  if (EqualIgnoringCase(encoding, "Q")) chosen = WordEncoding::kQuoted;
-  ValueWriter writer(*encoder, text.charset, chosen, column);
-  for (const Piece& piece : pieces) {
-    IsAscii(piece.word) ? writer.WriteAscii(piece) : writer.WriteEncoded(piece);
-  }
-  return std::move(writer).Value();
 }
 
 }  // namespace mimora

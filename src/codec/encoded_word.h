@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,9 +17,12 @@ uint32_t PageOfHeaderCharset(std::string_view charset);
 
 // Decodes the encoded words of a header value, wherever they stand, and removes its folding. White
 // space between them goes; a character may be split between neighbours. What is not quite an
-// encoded word, or of an unknown charset, stays as it is, and so does everything else. Without a
-// target charset, or with one that is not known, words become UTF-8.
+// encoded word, or of an unknown charset, stays as it is, and so does everything else. Line ends in
+// words become blanks. Without a target charset, or with one that is not known, words become UTF-8.
 std::string DecodeEncodedWords(std::string_view value, std::string_view target_charset);
+
+// The room that most names of fields need, for a value whose name is not known.
+constexpr size_t kUnknownColumn = 20;
 
 // Encodes the words of a header value that need it, so that what is left is ASCII: one, or several
 // words of at most 75 characters on lines of their own. COLUMN: how far the field's name and what
@@ -28,9 +30,6 @@ std::string DecodeEncodedWords(std::string_view value, std::string_view target_c
 //
 // CHARSET says what the value is in; empty: UTF-8 if it is that, else windows-1250. ENCODING is "B"
 // or "Q"; empty: whichever is shorter. A charset that is not known is taken as not given.
-// The room that most names of fields need, for a value whose name is not known.
-constexpr size_t kUnknownColumn = 20;
-
 std::string EncodeWords(std::string_view value, std::string_view charset, std::string_view encoding,
                         size_t column);
 

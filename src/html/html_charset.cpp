@@ -23,7 +23,7 @@ size_t FindIgnoringCase(std::string_view text, std::string_view word) {
 
 uint32_t PageOfDeclared(std::string_view charset) {
   const uint32_t page = PageOfCharset(charset);
-  return page == kUtf16Page || page == kUtf16BigEndianPage ? kUtf8Page : page;
+  return IsUtf16Page(page) ? kUtf8Page : page;
 }
 
 uint32_t PageOfMark(std::string_view html) {
@@ -124,8 +124,6 @@ bool BeginsTag(std::string_view text, std::string_view name) {
   const char next = text[name.size()];
   return IsHtmlSpace(next) || next == '/';
 }
-
-constexpr bool IsLetter(char c) { return ToUpper(c) >= 'A' && ToUpper(c) <= 'Z'; }
 
 void SkipTag(std::string_view& text) {
   text.remove_prefix(std::min(text.find_first_of(" \t\r\n\f/>"), text.size()));

@@ -255,9 +255,12 @@ Result Parser::ParseText(Bodypart& part) {
 
 Result Parser::ParseTnef(Bodypart& part) {
   TemporaryFile file;
-  const int32_t decoded = TransferEncodingDecode(in_, file.Out(), part.ContentTransferEncoding);
-  part.DecodedSize = file.Out().WritePos();
-  if (!file.Close() || decoded == -2) return kTempNotWritten;
+  const int32_t decoded = file.Fill([&](Moutstream& out) {
+    const int32_t result = TransferEncodingDecode(in_, out, part.ContentTransferEncoding);
+    part.DecodedSize = out.WritePos();
+    return result;
+  });
+  if (decoded == kTempNotCreated || decoded == kTempNotWritten) return kTempNotWritten;
   Minstream table(file.Source(), kDefaultBufferSize);
   ReadTnefAttachments(table, part.DecodedSize, MoreEmbeddedFiles(), part.TnefAttachments);
   embedded_files_ += part.TnefAttachments.size();

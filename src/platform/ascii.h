@@ -14,6 +14,8 @@ constexpr char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>
 
 constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
+constexpr bool IsLetter(char c) { return ToUpper(c) >= 'A' && ToUpper(c) <= 'Z'; }
+
 constexpr bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 constexpr bool IsControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }

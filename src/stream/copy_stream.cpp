@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "diag/result.h"
+#include "stream/stream_window.h"
 
 namespace mimora {
 
@@ -18,6 +19,13 @@ int32_t CopyStream(Minstream& in, Moutstream& out, int64_t length) {
     length -= count;
   }
   return out.FlushBuffer() ? kOk : kWriteFailed;
+}
+
+int32_t CopyRange(Minstream& in, Moutstream& out, int64_t start, int64_t length) {
+  const int64_t before = out.WritePos();
+  StreamWindow window(in, start, length);
+  const int32_t result = CopyStream(window.Stream(), out, kWholeStream);
+  return result == kOk && out.WritePos() - before < length ? kReadFailed : result;
 }
 
 }  // namespace mimora

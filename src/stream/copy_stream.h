@@ -13,6 +13,9 @@ namespace mimora {
 // kReadFailed or kWriteFailed.
 int32_t CopyStream(Minstream& in, Moutstream& out, int64_t length);
 
+// Copies the whole range of LENGTH bytes from START on; kReadFailed also when there are fewer.
+int32_t CopyRange(Minstream& in, Moutstream& out, int64_t start, int64_t length);
+
 }  // namespace mimora
 
 #endif  // MIMORA_STREAM_COPY_STREAM_H_

@@ -27,7 +27,9 @@ Moutstream::Moutstream(MemorySink, int64_t buffer_size) : mode_(kMemory) {
 
 Moutstream::Moutstream(FileSink sink, int64_t buffer_size) : mode_(kBuffered) {
   AllocateBuffer(buffer_size);
-  if (sink.name != nullptr) {
+  if (error_ != 0) {
+    // Without a buffer there is nothing to write into a file: none is made.
+  } else if (sink.name != nullptr) {
     file_name_ = sink.name;
     file_ = sink.must_be_new ? platform::CreateNew(sink.name) : platform::OpenForWriting(sink.name);
   } else {

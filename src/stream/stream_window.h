@@ -9,17 +9,19 @@
 
 namespace mimora {
 
-// A range of a stream, read as if it were all of it. The stream itself is not to be used meanwhile;
-// afterwards it can be read as far as before. A window inside a window ends with the outer one.
+// A range of a stream, read as if it were all of it: delimiters are disarmed. The stream itself is
+// not to be used meanwhile; afterwards it can be read as far as before. A window inside a window
+// ends with the outer one.
 class StreamWindow {
  public:
-  // A range that runs too far ends with the stream.
+  // A range that runs too far ends with the stream. There is nothing in one that begins where the
+  // stream cannot go.
   StreamWindow(Minstream& in, int64_t start, int64_t length);
   ~StreamWindow();
   StreamWindow(const StreamWindow&) = delete;
   StreamWindow& operator=(const StreamWindow&) = delete;
 
-  // Stands at the start of the range; delimiters do not stop it.
+  // Stands at the start of the range.
   Minstream& Stream() { return memory_ ? *memory_ : in_; }
 
  private:

@@ -3,6 +3,7 @@
 #define MIMORA_STREAM_TEMPORARY_FILE_H_
 
 #include "diag/limits.h"
+#include "diag/result.h"
 #include "platform/platform.h"
 #include "stream/minstream.h"
 #include "stream/moutstream.h"
@@ -19,13 +20,18 @@ class TemporaryFile {
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-  // For writing, until Close.
-  Moutstream& Out() { return out_; }
+  const std::string& Name() const { return out_.GetFileName(); }
 
-  // Ends the writing. False when not everything could be written.
-  bool Close() { return out_.FlushBuffer(); }
+  // Has STEP write the file, which answers kOk or why it failed. Answers that, kTempNotCreated, or
+  // kTempNotWritten when that is the reason.
+  template <typename Step>
+  int32_t Fill(Step step) {
+    if (out_.GetError() != 0) return kTempNotCreated;
+    const int32_t result = step(out_);
+    return out_.FlushBuffer() ? result : kTempNotWritten;
+  }
 
-  // For reading, once it is closed.
+  // For reading, once it is filled.
   FileSource Source() const { return {.name = out_.GetFileName().c_str()}; }
 
  private:

@@ -39,6 +39,11 @@ TEST(SafeFileName, LeavesNothingDangerous) {
       {"the other direction", "a\xE2\x80\xAEgpj.exe", "a_gpj.exe"},
       {"letters beyond ASCII", "\xC5\xA1.txt", "\xC5\xA1.txt"},
       {"no UTF-8", "\xB9.txt", "\xEF\xBF\xBD.txt"},
+      {"a mark in front of a dot", "\xEF\xBB\xBF.bashrc", "bashrc"},
+      {"marks that are not seen", "a\xE2\x80\x8B.b\xEF\xBB\xBF", "a_.b_"},
+      {"a dot at the cut", std::string(239, 'y') + ". " + std::string(60, 'z'),
+       std::string(239, 'y')},
+      {"a device with a blank", "CON .txt", "_CON .txt"},
       {"a device", "con.txt", "_con.txt"},
       {"a numbered device", "LPT1", "_LPT1"},
       {"no device", "console.txt", "console.txt"},
@@ -139,6 +144,7 @@ TEST_F(DecodeEmlTest, ReportsWhatFails) {
   EXPECT_EQ(Decode(mail, "x-none"), kUnknownCharset);
   EXPECT_EQ(DecodeEml("/nonexistent", Target(), {}, {}, count_), kInputNotOpened);
   EXPECT_TRUE(Files().empty());
+  EXPECT_EQ(DecodeEml("/dev/null", "", {}, {}, count_), kOutputNotOpened);
   fs::remove(Target());
   EXPECT_EQ(Decode(mail), kOutputNotOpened);
   EXPECT_EQ(count_, 0u);

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -62,6 +63,13 @@ const Case kCases[] = {
      "\xB9", 1},
     {"text of an unknown charset", "Content-Type: text/plain; charset=x-none\n", "\xB9", kToUtf8,
      kUnknownCharset, "", 1},
+    {"UTF-16 in quoted-printable",
+     kText,
+     "\xB9",
+     {.target_encoding = "quoted-printable", .target_charset = "utf-16"},
+     kUnknownCharset,
+     "",
+     1},
     {"text without a charset", "Content-Type: text/plain\n", "\xB9", kToUtf8, 0, "\xB9", 1},
     {"with its files", kText, kTwoFiles, kDecoded, 0, kTwoFiles, 54},
     {"without its files", kText, kTwoFiles, kCut, 0, "a\xB9\nb\nc", 6},
@@ -149,6 +157,16 @@ TEST(WriteBody, FindsItsSource) {
   part.BodyLength = 6;
   EXPECT_EQ(write(nullptr), code(kNotOpen));
   EXPECT_EQ(write(&in), "in the") << "the part's own is missing";
+  DripSource stuck(text);
+  CallbackSource no_seek = stuck.Reading();
+  no_seek.seek = nullptr;
+  Minstream unmovable(no_seek, 4);
+  part.BodyStart = 3;
+  part.ContentTransferEncoding = "base64";
+  Moutstream nothing(MemorySink{});
+  EXPECT_EQ(WriteBodypartBodyToStream(part, nothing, &unmovable, {}), -1);
+  EXPECT_EQ(nothing.WritePos(), 0) << "what is there instead";
+  part.ContentTransferEncoding.clear();
   part.DataDefinitionType = kBodyDetached;
   EXPECT_EQ(write(nullptr), code(kNotOpen));
   part.BodyStart = 3;
@@ -156,7 +174,9 @@ TEST(WriteBody, FindsItsSource) {
   EXPECT_EQ(write(&in), "the stream");
   part.BodyStart = 13;
   part.BodyLength = 100;
-  EXPECT_EQ(write(&in), "") << "beyond the end";
+  EXPECT_EQ(write(&in), code(kReadFailed)) << "beyond the end";
+  part.BodyStart = 3;
+  EXPECT_EQ(write(&in), code(kReadFailed)) << "cut off";
 
   part.DataDefinitionType = kBodyInFile;
   EXPECT_EQ(write(&in), code(kNoBodyFileName));
@@ -180,10 +200,15 @@ TEST(WriteBody, FindsItsSource) {
 
 std::string temporary_folder;
 
+[[noreturn]] void Fail(const char* what, const char* row) {
+  std::fprintf(stderr, "%s: %s\n", what, row);
+  ::_exit(1);
+}
+
 void ExpectNoTemporaryFile() {
   const bool empty =
       !std::filesystem::exists(temporary_folder) || std::filesystem::is_empty(temporary_folder);
-  if (!empty) ::_exit(10);
+  if (!empty) Fail("a temporary file is left", "");
 }
 
 int32_t WriteCase(const Case& c, Minstream& in, Moutstream& out) {
@@ -211,7 +236,7 @@ void FailEverywhere(const Case& c) {
     const Bodypart& part = *message.Children.at(0);
     const bool met = part.BodyStart < at && at < part.BodyStart + part.BodyLength;
     if (result == kOk && met && c.request.keep_embedded && c.request.embedded_index == kWholeBody) {
-      ::_exit(11);
+      Fail("a read error goes unnoticed", c.name);
     }
   }
   for (int64_t room = 0; room < static_cast<int64_t>(std::strlen(c.want)); ++room) {
@@ -220,7 +245,7 @@ void FailEverywhere(const Case& c) {
     Moutstream out(
         CallbackSink{.context = reinterpret_cast<intptr_t>(&left), .write = WriteWhileThereIsRoom},
         3);
-    if (WriteCase(c, in, out) == kOk) ::_exit(12);
+    if (WriteCase(c, in, out) == kOk) Fail("a write error goes unnoticed", c.name);
   }
 }
 
@@ -238,16 +263,16 @@ void FailWithTemporaryFiles() {
   if (::mkdtemp(temporary_folder.data()) == nullptr) ::_exit(1);
   ::setenv("TMPDIR", temporary_folder.c_str(), 1);
   for (const Case& c : kCases) FailEverywhere(c);
-  if (WriteLargeBody() != kOk) ::_exit(13);
+  if (WriteLargeBody() != kOk) Fail("a large body", "");
   // A file that may not grow stands for a disk that is full.
   std::signal(SIGXFSZ, SIG_IGN);
   rlimit limit{};
   ::getrlimit(RLIMIT_FSIZE, &limit);
   limit.rlim_cur = 50'000;
   ::setrlimit(RLIMIT_FSIZE, &limit);
-  if (WriteLargeBody() != kTempNotWritten) ::_exit(14);
+  if (WriteLargeBody() != kTempNotWritten) Fail("a disk that is full", "");
   std::filesystem::remove_all(temporary_folder);
-  if (WriteLargeBody() != kTempNotCreated) ::_exit(15);
+  if (WriteLargeBody() != kTempNotCreated) Fail("no directory", "");
   ::_exit(0);
 }
 

@@ -12,6 +12,9 @@
 
 namespace mimora {
 
+constexpr char16_t kReplacement = 0xFFFD;  // for what is no character
+constexpr char16_t kByteOrderMark = 0xFEFF;
+
 // The room that a decoder needs for the next COUNT bytes, or for its end (0).
 constexpr size_t DecodedRoom(size_t count) { return count + 8; }
 
@@ -26,7 +29,7 @@ class CharsetDecoder {
   // Ends the text: writes what stands for the bytes that are held back, and is as new.
   virtual char16_t* Finish(char16_t* wide) = 0;
 
-  // Whether something had no meaning, so that a substitute was written.
+  // Whether something had no meaning, so that a substitute was written, since the coder was made.
   bool FoundInvalid() const { return invalid_; }
 
  protected:
@@ -54,7 +57,8 @@ class CharsetEncoder {
   // Ends the text: writes what is held back, returns to the initial shift state, and is as new.
   virtual char* Finish(char* bytes) = 0;
 
-  // Whether a character had no encoding, so that the default character was written.
+  // Whether a character had no encoding, so that the default character was written, since the coder
+  // was made.
   bool UsedDefault() const { return used_default_; }
 
  protected:

@@ -37,10 +37,6 @@ int32_t Succeed(int64_t count) {
   return static_cast<int32_t>(count);
 }
 
-bool IsUtf16(uint32_t code_page) {
-  return code_page == kUtf16Page || code_page == kUtf16BigEndianPage;
-}
-
 // The page if it is one of single bytes or pairs.
 const CodePage* FindTablePage(uint32_t code_page) {
   const CodePage* page = FindCodePage(code_page);
@@ -264,7 +260,8 @@ int32_t MultiByteToWide(uint32_t code_page, uint32_t flags, const char* bytes, i
                         char16_t* wide, int32_t room) {
   const auto source = SourceOf(bytes, length);
   const Target<char16_t> target(wide, room);
-  if (!source || !target.IsValidFor(bytes) || IsUtf16(code_page)) return Fail(kInvalidParameter);
+  if (!source || !target.IsValidFor(bytes) || IsUtf16Page(code_page))
+    return Fail(kInvalidParameter);
   const auto decoder = MakeDecoder(code_page);
   if (decoder == nullptr) return Fail(kInvalidParameter);
   if (!AllowsDecodeFlags(code_page, flags)) return Fail(kInvalidFlags);
@@ -283,7 +280,7 @@ int32_t WideToMultiByte(uint32_t code_page, uint32_t flags, const char16_t* wide
                         int32_t* used_default) {
   const auto source = SourceOf(wide, length);
   Target<char> target(bytes, room);
-  if (!source || !target.IsValidFor(wide) || IsUtf16(code_page)) return Fail(kInvalidParameter);
+  if (!source || !target.IsValidFor(wide) || IsUtf16Page(code_page)) return Fail(kInvalidParameter);
   const CodePage* page = FindTablePage(code_page);
   const auto encoder = MakeEncoder(code_page, OptionsOf(page, flags, default_char));
   if (encoder == nullptr) return Fail(kInvalidParameter);

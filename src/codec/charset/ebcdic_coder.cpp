@@ -7,9 +7,6 @@
 namespace mimora {
 namespace {
 
-constexpr uint8_t kShiftOut = 0x0E;
-constexpr uint8_t kShiftIn = 0x0F;
-
 class EbcdicDecoder final : public ShiftDecoder<EbcdicDecoder> {
  public:
   explicit EbcdicDecoder(const CodePage& page) : ShiftDecoder(page) {}

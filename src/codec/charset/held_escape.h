@@ -11,8 +11,6 @@
 namespace mimora {
 
 constexpr uint8_t kEscape = 0x1B;
-constexpr uint8_t kShiftOut = 0x0E;
-constexpr uint8_t kShiftIn = 0x0F;
 
 // Bytes from 21 to 7E are graphic characters or their halves; those below stand for themselves in
 // whatever state a text is.

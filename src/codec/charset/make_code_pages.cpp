@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "codec/charset/code_page.h"
@@ -104,12 +105,23 @@ class PageReader {
   static Page Read(const std::string& path) {
     PageReader reader;
     ReadRows(path, [&](const auto& key, auto& words) { reader.ReadLine(key, words); });
-    if (reader.page_.number == 0 || reader.page_.kind.empty() || reader.section_ != "encode")
-      Fail(path + ": is not whole");
+    const std::string fault = reader.section_ != "encode" ? "is not whole" : FaultOf(reader.page_);
+    if (!fault.empty()) Fail(path + ": " + fault);
     return std::move(reader.page_);
   }
 
  private:
+  // What the users of the tables rely on.
+  static std::string FaultOf(const Page& page) {
+    const bool leads = std::ranges::count(page.bytes, CodePage::kLead) > 0;
+    if (page.number == 0 || page.kind.empty()) return "has no number, or no kind";
+    if (page.undefined == 0 || page.default_char == 0) return "has no substitutes";
+    if (leads != (page.kind == "double")) return "has leads where there are none, or lacks them";
+    if (page.bytes[0] == CodePage::kLead) return "has a lead of zero";
+    if (page.pairs_of != 0 && page.kind != "mixed") return "has pairs of another";
+    return "";
+  }
+
   void ReadLine(const std::string& key, std::istream& words) {
     if (key == "decode" || key == "encode") {
       section_ = key;
@@ -124,6 +136,7 @@ class PageReader {
     std::string value;
     words >> value;
     if (key == "leads") return ReadLeads(value, words);
+    if (std::string rest; words >> rest) Fail("what is " + rest);
     if (key == "page") {
       page_.number = ParseDecimal(value);
     } else if (key == "kind") {
@@ -142,7 +155,10 @@ class PageReader {
 
   void ReadLeads(std::string word, std::istream& words) {
     do {
-      for (const uint16_t byte : ParseRun(word)) page_.bytes.at(byte) = CodePage::kLead;
+      for (const uint16_t byte : ParseRun(word)) {
+        if (byte > 0xFF) Fail("no byte: " + word);
+        page_.bytes[byte] = CodePage::kLead;
+      }
     } while (words >> word);
   }
 
@@ -162,7 +178,8 @@ class PageReader {
   }
 
   void AddCharacter(bool is_byte, uint16_t code, uint16_t character) {
-    if (character >= CodePage::kLead) Fail("the character is reserved");
+    const bool surrogate = (character & 0xF800) == 0xD800;
+    if (character >= CodePage::kLead || surrogate) Fail("the character is reserved");
     if (!is_byte && !HasPair(code)) Fail("the byte in front does not lead");
     Table& table = is_byte ? page_.bytes : page_.pairs;
     if (table.at(code) != CodePage::kNone) Fail("the code has a meaning already");
@@ -204,9 +221,10 @@ void FillEncodeTables(Pages& pages) {
     EncodeLowest(page.pairs, page.encode);
     for (const auto& [character, code] : page.encode_rows) page.encode[character] = code;
     if (page.pairs_of == 0) continue;
-    if (!pages.contains(page.pairs_of))
+    const auto other = pages.find(page.pairs_of);
+    if (other == pages.end() || other->second.kind != "mixed" || other->second.pairs_of != 0)
       Fail("page " + std::to_string(number) + " takes the pairs of none");
-    TakePairs(pages.at(page.pairs_of), page);
+    TakePairs(other->second, page);
   }
 }
 
@@ -319,7 +337,8 @@ void MakeCodePages(const std::string& output, const std::string& compositions,
   }
   FillEncodeTables(pages);
   for (const auto& [number, page] : pages) CheckEncodeTable(page);
-  Writer(output).Write(pages, ReadCompositions(compositions));
+  Compositions letters = ReadCompositions(compositions);
+  Writer(output).Write(pages, std::move(letters));
 }
 
 }  // namespace

@@ -9,6 +9,9 @@
 
 namespace mimora {
 
+constexpr uint8_t kShiftOut = 0x0E;
+constexpr uint8_t kShiftIn = 0x0F;
+
 // Where a decoder reads, and where it writes.
 struct DecodeCursor {
   const char* p;

@@ -51,7 +51,6 @@ std::string_view Translator::Finish() {
 }
 
 char* Translator::Encode(const char16_t* end) {
-  constexpr char16_t kByteOrderMark = 0xFEFF;
   const char16_t* begin = wide_.get();
   if (mark_may_follow_ && begin != end) {
     mark_may_follow_ = false;
@@ -66,8 +65,11 @@ int32_t TranslateStream(Minstream& in, Moutstream& out, uint32_t from, uint32_t 
 }
 
 std::string TranslateText(std::string_view text, uint32_t from, uint32_t to) {
-  Translator translator(from, to, text.size());
-  std::string translated(translator.Translate(text));
+  Translator translator(from, to, std::min(text.size(), kPiece));
+  std::string translated;
+  for (; !text.empty(); text.remove_prefix(std::min(kPiece, text.size()))) {
+    translated += translator.Translate(text.substr(0, kPiece));
+  }
   return translated.append(translator.Finish());
 }
 

@@ -9,9 +9,6 @@
 namespace mimora {
 namespace {
 
-constexpr char16_t kReplacement = 0xFFFD;
-constexpr char16_t kByteOrderMark = 0xFEFF;
-
 constexpr bool IsHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
 constexpr bool IsLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
 
@@ -108,10 +105,9 @@ class Utf8Decoder : public CharsetDecoder {
   char16_t* DecodeSome(const char*& next, const char* end, char16_t* wide) {
     const char* p = next;
     // Room to look at three bytes from wherever a character may begin.
-    for (const char* stop = p + std::min(end - p - 2, kAsciiBlock); p < stop;) {
+    for (const char* stop = p + std::clamp<ptrdiff_t>(end - p - 2, 0, kAsciiBlock); p < stop;) {
       const uint8_t lead = Byte(p[0]);
-      // The letters of most scripts, short of the corners of the range. One byte or two is a matter
-      // of chance in the text of many languages: that must be no branch.
+      // The letters of most scripts, short of the corners of the range.
       const bool two = lead >= 0xC2 && IsContinuation(p[1]);
       if (lead < 0x80 || (two && lead < 0xE0)) {
         *wide++ = static_cast<char16_t>(two ? (lead & 0x1F) << 6 | (p[1] & 0x3F) : lead);
@@ -205,10 +201,11 @@ class Utf8Encoder : public CharsetEncoder {
         bytes = EncodeSurrogate(unit, bytes);
       } else if (unit < 0x800) {
         // One byte or two is a matter of chance in the text of many languages: no branch.
-        const bool two = unit >= 0x80;
-        bytes[0] = static_cast<char>(two ? 0xC0 | unit >> 6 : unit);
+        const uint32_t two = unit >= 0x80 ? 1 : 0;
+        const uint32_t mask = 0 - two;
+        bytes[0] = static_cast<char>((unit & ~mask) | ((0xC0u | unit >> 6) & mask));
         bytes[1] = static_cast<char>(0x80 | (unit & 0x3F));
-        bytes += two ? 2 : 1;
+        bytes += 1 + two;
       } else {
         bytes[0] = static_cast<char>(0xE0 | unit >> 12);
         bytes[1] = static_cast<char>(0x80 | (unit >> 6 & 0x3F));

@@ -8,7 +8,6 @@
 namespace mimora {
 namespace {
 
-constexpr char16_t kReplacement = 0xFFFD;
 constexpr int kUnitBits = 16;
 constexpr int kDigitBits = 6;
 
