@@ -16,12 +16,11 @@ namespace mimora::tool {
 void AddShowCommand(CLI::App& app, Output& out, int& status);
 void AddHeadersCommand(CLI::App& app, Output& out, int& status);
 
-// The message files that every command takes.
-inline void AddFiles(CLI::App& command, std::vector<std::string>& files) {
-  command.add_option("FILE", files, "Message files; - is the standard input")
-      ->required()
-      ->type_name("");
-}
+// The message files that most commands take.
+void AddFiles(CLI::App& command, std::vector<std::string>& files);
+
+// The option --part.
+CLI::Option* AddPart(CLI::App& command, std::string& number);
 
 }  // namespace mimora::tool
 

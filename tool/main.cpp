@@ -30,10 +30,9 @@ int Run(int argc, const char* const* argv, Output& out) {
   // Set last: commands take over the footer that stands when they are added.
   app.footer(
       "Examples:\n"
-      "  mimora show letter.eml              the parts, their sizes and places\n"
-      "  mimora show --json *.eml            the same for programs\n"
-      "  mimora headers --part 2 letter.eml  the header of the second part\n"
-      "  fetch-mail | mimora show -          a message from the standard input\n"
+      "  mimora show letter.eml                    the parts, their sizes and places\n"
+      "  mimora headers --decode letter.eml        the header, readable\n"
+      "  fetch-mail | mimora show -                a message from the standard input\n"
       "\n"
       "Exit status: 0; 1 a message could not be read as asked; 2 wrong usage.");
   try {

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <new>
-#include <system_error>
 
 namespace mimora::tool {
 namespace {
@@ -22,7 +21,17 @@ constexpr ResultText kResults[] = {
     {MIMORA_E_NO_BOUNDARY, true, "a multipart without boundary is kept as one body"},
     {MIMORA_E_HEADER, false, "the header cannot be read"},
     {MIMORA_E_READ, false, "the data cannot be read to its end"},
+    {-1, false, "the data cannot be read to its end"},
+    {MIMORA_E_WRITE, false, "a file cannot be written"},
+    {-2, false, "a file cannot be written"},
+    {MIMORA_E_OPEN_INPUT, false, "it cannot be opened"},
+    {MIMORA_E_OPEN_OUTPUT, false, "a file cannot be created"},
     {MIMORA_E_TEMP_WRITE, false, "a temporary file cannot be written"},
+    {MIMORA_E_TEMP_CREATE, false, "a temporary file cannot be created"},
+    {MIMORA_E_TEMP_OPEN, false, "a temporary file cannot be opened again"},
+    {MIMORA_E_NO_BODY, false, "the part has no body"},
+    {MIMORA_E_NO_SUCH_FILE, false, "there is no embedded file of that number"},
+    {MIMORA_E_CHARSET, false, "a character set is not known"},
 };
 constexpr ResultText kUnknownResult = {MIMORA_E_UNCLASSIFIED, false, "the message cannot be read"};
 
@@ -33,6 +42,11 @@ const ResultText& ExplainResult(int32_t code) {
 
 }  // namespace
 
+void CheckResult(int32_t result) {
+  const ResultText& answer = ExplainResult(result);
+  if (!answer.tolerated) throw MessageError(std::string(answer.text), result);
+}
+
 Message::Message(const std::string& path)
     : path_(path),
       source_(path),
@@ -42,8 +56,13 @@ Message::Message(const std::string& path)
       root_(M_CreateMessage()) {
   if (stream_ == nullptr || root_ == nullptr) throw std::bad_alloc();
   result_ = M_LoadMessage(root_.get(), stream_.get());
-  const ResultText& answer = ExplainResult(result_);
-  if (!answer.tolerated) throw MessageError(std::string(answer.text), result_);
+  CheckResult(result_);
+}
+
+std::string_view Message::Bytes(int64_t offset, int64_t size) const {
+  const int64_t begin = std::clamp<int64_t>(offset, 0, Size());
+  const int64_t count = std::clamp<int64_t>(size, 0, Size() - begin);
+  return source_.Bytes().substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(count));
 }
 
 std::string_view Message::Damage() const { return ExplainResult(result_).text; }
@@ -65,13 +84,7 @@ void Message::Seek(S_Context context, int64_t position) {
 int64_t Message::Tell(S_Context context) { return reinterpret_cast<Cursor*>(context)->position; }
 
 std::unique_ptr<const Message> OpenMessage(const std::string& path) {
-  try {
-    return std::make_unique<const Message>(path);
-  } catch (const std::system_error& error) {
-    throw MessageError(error.what());
-  } catch (const std::bad_alloc&) {
-    throw MessageError("out of memory");
-  }
+  return TellAsMessageError([&] { return std::make_unique<const Message>(path); });
 }
 
 }  // namespace mimora::tool

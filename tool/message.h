@@ -8,10 +8,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "tool/output.h"
@@ -28,8 +30,9 @@ struct HandleDeleter {
 };
 using MessageHandle = std::unique_ptr<M_Bodypart, HandleDeleter<&M_DestroyMessage>>;
 using InStreamHandle = std::unique_ptr<S_InStream, HandleDeleter<&S_DestroyInStream>>;
+using OutStreamHandle = std::unique_ptr<S_OutStream, HandleDeleter<&S_DestroyOutStream>>;
 
-// A message that cannot be shown as asked; the text is the reason, for the user. The result
+// A message that cannot be read as asked; the text is the reason, for the user. The result
 // is the library's answer, when it was asked.
 class MessageError : public std::runtime_error {
  public:
@@ -42,6 +45,9 @@ class MessageError : public std::runtime_error {
   std::optional<int32_t> result_;
 };
 
+// Throws MessageError with the reason, unless the library did what it was asked for.
+void CheckResult(int32_t result);
+
 class Message {
  public:
   // PATH "-" is the standard input. Throws MessageError. Damage that the library tolerates is no
@@ -53,6 +59,8 @@ class Message {
 
   const std::string& Path() const { return path_; }
   int64_t Size() const { return static_cast<int64_t>(source_.Bytes().size()); }
+  // A piece of the source.
+  std::string_view Bytes(int64_t offset, int64_t size) const;
   M_Bodypart* Root() const { return root_.get(); }
   // MIMORA_OK, or one of the codes that come with a complete tree.
   int32_t Result() const { return result_; }
@@ -79,18 +87,29 @@ class Message {
   int32_t result_ = MIMORA_OK;
 };
 
-// Opens a message; whatever goes wrong comes out as MessageError.
+// Calls a function that opens a file; whatever goes wrong comes out as MessageError.
+template <typename Open>
+auto TellAsMessageError(Open open) {
+  try {
+    return open();
+  } catch (const std::system_error& error) {
+    throw MessageError(error.what());
+  } catch (const std::bad_alloc&) {
+    throw MessageError("out of memory");
+  }
+}
+
+// Throws MessageError.
 std::unique_ptr<const Message> OpenMessage(const std::string& path);
 
-// Hands each message to VISIT. One that cannot be opened, or that VISIT refuses with a
-// MessageError, is reported and handed to FAIL, and the next one has its turn. Returns the exit
-// status.
+// Hands each path to VISIT. One that VISIT refuses with a MessageError is reported and handed to
+// FAIL, and the next one has its turn. Returns the exit status.
 template <typename Visit, typename Fail>
-int ForEachMessage(const std::vector<std::string>& paths, Output& out, Visit visit, Fail fail) {
+int ForEachPath(const std::vector<std::string>& paths, Output& out, Visit visit, Fail fail) {
   int status = 0;
   for (const std::string& path : paths) {
     try {
-      visit(*OpenMessage(path));
+      visit(path);
     } catch (const MessageError& error) {
       status = 1;
       out.ReportError(path.empty() ? "''" : path, error.what());
@@ -98,6 +117,15 @@ int ForEachMessage(const std::vector<std::string>& paths, Output& out, Visit vis
     }
   }
   return status;
+}
+
+inline constexpr auto kReportOnly = [](const std::string&, const MessageError&) {};
+
+// The same for messages; one that cannot be opened counts as refused.
+template <typename Visit, typename Fail>
+int ForEachMessage(const std::vector<std::string>& paths, Output& out, Visit visit, Fail fail) {
+  const auto open_and_visit = [&](const std::string& path) { visit(*OpenMessage(path)); };
+  return ForEachPath(paths, out, open_and_visit, fail);
 }
 
 }  // namespace mimora::tool

@@ -1,15 +1,13 @@
 // Copyright (c) 2026 the mimora developers.
 #include "tool/output.h"
 
-#include <langinfo.h>
-#include <locale.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <system_error>
 #include <utility>
 
+#include "tool/descriptor.h"
 #include "tool/text_output.h"
 
 namespace mimora::tool {
@@ -17,19 +15,9 @@ namespace {
 
 constexpr std::size_t kBufferSize = 65536;
 
-// Asks the user's locale without making it that of the process: nothing else here may depend on
-// it, least of all how header names are compared.
-bool LocaleIsUtf8() {
-  const locale_t locale = ::newlocale(LC_CTYPE_MASK, "", nullptr);
-  if (locale == nullptr) return false;
-  const bool utf8 = std::string_view(::nl_langinfo_l(CODESET, locale)) == "UTF-8";
-  ::freelocale(locale);
-  return utf8;
-}
-
 }  // namespace
 
-Output::Output() : utf8_(LocaleIsUtf8()), terminal_(::isatty(STDOUT_FILENO) == 1) {}
+Output::Output() : terminal_(::isatty(STDOUT_FILENO) == 1) {}
 
 void Output::Write(std::string_view text) {
   buffer_ += text;
@@ -38,22 +26,18 @@ void Output::Write(std::string_view text) {
 
 void Output::Flush() {
   const std::string pending = std::exchange(buffer_, {});
-  std::string_view rest = pending;
-  while (!rest.empty()) {
-    const ssize_t count = ::write(STDOUT_FILENO, rest.data(), rest.size());
-    if (count >= 0) {
-      rest.remove_prefix(static_cast<std::size_t>(count));
-    } else if (errno != EINTR) {
-      throw OutputError(std::generic_category().message(errno));
-    }
+  try {
+    WriteAll(STDOUT_FILENO, pending);
+  } catch (const std::system_error& error) {
+    throw OutputError(error.what());
   }
 }
 
 void Output::ReportError(std::string_view subject, std::string_view reason) {
   Flush();
   std::string line = "mimora: ";
-  if (!subject.empty()) line += OneLine(subject, utf8_) + ": ";
-  line += OneLine(reason, utf8_) + "\n";
+  if (!subject.empty()) line += OneLine(subject, charset_) + ": ";
+  line += OneLine(reason, charset_) + "\n";
   std::fputs(line.c_str(), stderr);
 }
 

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "tool/locale_charset.h"
+
 namespace mimora::tool {
 
 // The standard output takes no more (disk full, reader gone): nothing is left to do.
@@ -21,8 +23,7 @@ class Output {
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
-  // Whether the user's locale uses UTF-8.
-  bool IsUtf8() const { return utf8_; }
+  const LocaleCharset& Charset() const { return charset_; }
   bool IsTerminal() const { return terminal_; }
 
   // Both throw OutputError.
@@ -34,7 +35,7 @@ class Output {
   void ReportError(std::string_view subject, std::string_view reason);
 
  private:
-  const bool utf8_;
+  const LocaleCharset charset_;
   const bool terminal_;
   std::string buffer_;
 };

@@ -6,6 +6,7 @@
 #include "tool/json_output.h"
 #include "tool/message.h"
 #include "tool/text_output.h"
+#include "tool/texts.h"
 #include "tool/tree.h"
 
 namespace mimora::tool {
@@ -28,7 +29,8 @@ constexpr Branches kAsciiBranches = {"|- ", "`- ", "|  ", "   "};
 
 class TreePrinter {
  public:
-  explicit TreePrinter(bool utf8) : utf8_(utf8), branches_(utf8 ? kUtf8Branches : kAsciiBranches) {
+  explicit TreePrinter(const LocaleCharset& charset)
+      : charset_(charset), branches_(charset.IsUtf8() ? kUtf8Branches : kAsciiBranches) {
     table_.AddRow(
         {"PART", "TYPE", "ENCODING", "CHARSET", "DECODED", "RAW", "HEADER AT", "BODY AT", "NAME"});
   }
@@ -36,10 +38,10 @@ class TreePrinter {
   // LEAD stands in front of the part's own line, BELOW in front of the lines under it.
   void Add(const PartNode& node, const std::string& lead = "", const std::string& below = "") {
     const auto text = [this](const std::optional<std::string>& value, const char* missing) {
-      return value ? OneLine(*value, utf8_) : missing;
+      return value ? OneLine(*value, charset_) : missing;
     };
     table_.AddRow({lead + (node.number.empty() ? "message" : node.number),
-                   OneLine(node.type, utf8_), text(node.encoding, "-"), text(node.charset, "-"),
+                   OneLine(node.type, charset_), text(node.encoding, "-"), text(node.charset, "-"),
                    node.decoded_size ? Grouped(*node.decoded_size) : "-", Grouped(node.body_size),
                    std::to_string(node.header_offset),
                    std::to_string(node.body_offset) + "+" + std::to_string(node.body_size),
@@ -52,9 +54,13 @@ class TreePrinter {
  private:
   void AddBelow(const PartNode& node, const std::string& below) {
     std::size_t left = node.embedded.size() + node.children.size();
-    for (std::size_t i = 0; i < node.embedded.size(); ++i)
-      table_.AddLine(below + (--left == 0 ? branches_.last : branches_.fork) + "embedded file " +
-                     std::to_string(i + 1) + ", " + Bytes(node.embedded[i]));
+    for (std::size_t i = 0; i < node.embedded.size(); ++i) {
+      const EmbeddedFile& file = node.embedded[i];
+      std::string line = below + (--left == 0 ? branches_.last : branches_.fork);
+      line += "embedded file " + std::to_string(i + 1) + ", " + Bytes(file.size);
+      if (file.name) line += ", " + OneLine(*file.name, charset_);
+      table_.AddLine(std::move(line));
+    }
     for (const PartNode& child : node.children) {
       const bool last = --left == 0;
       Add(child, below + (last ? branches_.last : branches_.fork),
@@ -64,35 +70,35 @@ class TreePrinter {
 
   using enum Table::Align;
 
-  const bool utf8_;
+  const LocaleCharset& charset_;
   const Branches& branches_;
   Table table_{{kLeft, kLeft, kLeft, kLeft, kRight, kRight, kRight, kLeft, kLeft}};
 };
 
 void PrintMessage(const Message& message, Output& out) {
-  const bool utf8 = out.IsUtf8();
-  out.Write(OneLine(message.Path(), utf8) + ", " + Bytes(message.Size()) + "\n");
+  const LocaleCharset& charset = out.Charset();
+  out.Write(OneLine(message.Path(), charset) + ", " + Bytes(message.Size()) + "\n");
   for (const char* field : {"From", "Subject", "Date"}) {
     const char* value = M_BodypartHeaderFieldValue(message.Root(), field);
     if (value == nullptr) continue;
     const std::string label = std::string(field) + ":";
-    out.Write("  " + label + std::string(9 - label.size(), ' ') + OneLine(value, utf8) + "\n");
+    out.Write("  " + label + std::string(9 - label.size(), ' ') +
+              OneLine(DecodedValue(value, charset.Name()), charset) + "\n");
   }
   if (!message.Damage().empty()) out.Write("  damaged: " + std::string(message.Damage()) + "\n");
   out.Write("\n");
-  TreePrinter printer(utf8);
-  printer.Add(ReadTree(message.Root()));
+  TreePrinter printer(charset);
+  printer.Add(ReadTree(message.Root(), charset.Name()));
   printer.Print(out);
 }
 
-template <typename Value>
-Json OrNull(const std::optional<Value>& value) {
-  return value ? Json(*value) : Json(nullptr);
-}
+Json ToJson(const EmbeddedFile& file) { return {{"name", OrNull(file.name)}, {"size", file.size}}; }
 
 Json ToJson(const PartNode& node) {
   Json children = Json::array();
   for (const PartNode& child : node.children) children.push_back(ToJson(child));
+  Json embedded = Json::array();
+  for (const EmbeddedFile& file : node.embedded) embedded.push_back(ToJson(file));
   return {{"part", node.number},
           {"type", node.type},
           {"name", OrNull(node.name)},
@@ -104,7 +110,7 @@ Json ToJson(const PartNode& node) {
           {"body_offset", node.body_offset},
           {"body_size", node.body_size},
           {"decoded_size", OrNull(node.decoded_size)},
-          {"embedded", node.embedded},
+          {"embedded", std::move(embedded)},
           {"children", std::move(children)}};
 }
 
@@ -116,7 +122,7 @@ int ShowAsText(const Arguments& arguments, Output& out) {
         out.Write(std::exchange(gap, "\n"));
         PrintMessage(message, out);
       },
-      [](const std::string&, const MessageError&) {});
+      kReportOnly);
 }
 
 int ShowAsJson(const Arguments& arguments, Output& out) {
@@ -127,7 +133,7 @@ int ShowAsJson(const Arguments& arguments, Output& out) {
         array.Add({{"file", message.Path()},
                    {"size", message.Size()},
                    {"result", message.Result()},
-                   {"message", ToJson(ReadTree(message.Root()))}});
+                   {"message", ToJson(ReadTree(message.Root(), kUtf8))}});
       },
       [&](const std::string& path, const MessageError& error) {
         array.Add({{"file", path},

@@ -6,44 +6,29 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
-#include <system_error>
 #include <utility>
+
+#include "tool/descriptor.h"
 
 namespace mimora::tool {
 namespace {
 
-[[noreturn]] void ThrowErrno() { throw std::system_error(errno, std::generic_category()); }
+Descriptor OpenToRead(const std::string& path) {
+  return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
 
-class Descriptor {
- public:
-  explicit Descriptor(const std::string& path)
-      : number_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (number_ < 0) ThrowErrno();
-  }
-  ~Descriptor() { ::close(number_); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  int Number() const { return number_; }
-
- private:
-  const int number_;
-};
-
-std::string ReadAll(int descriptor) {
+std::string ReadText(int descriptor) {
   std::string text;
-  std::array<char, 65536> block;
-  for (;;) {
-    const ssize_t count = ::read(descriptor, block.data(), block.size());
-    if (count == 0) return text;
-    if (count > 0) {
-      text.append(block.data(), static_cast<std::size_t>(count));
-    } else if (errno != EINTR) {
-      ThrowErrno();
-    }
-  }
+  ReadAll(descriptor, [&text](std::string_view block) { text += block; });
+  return text;
+}
+
+// Files that the kernel makes up as they are read call themselves regular and empty, so only a
+// size above 0 is believed.
+std::size_t KnownSize(int descriptor) {
+  struct stat status;
+  if (::fstat(descriptor, &status) != 0) ThrowErrno();
+  return S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
 }
 
 }  // namespace
@@ -72,17 +57,13 @@ Mapping::~Mapping() {
 
 Source::Source(const std::string& path) {
   if (path == "-") {
-    text_ = ReadAll(STDIN_FILENO);
+    text_ = ReadText(STDIN_FILENO);
     return;
   }
-  const Descriptor file(path);
-  struct stat status;
-  if (::fstat(file.Number(), &status) != 0) ThrowErrno();
-  // Files that the kernel makes up as they are read call themselves regular and empty, so only
-  // a size above 0 is believed.
-  if (S_ISREG(status.st_mode) && status.st_size > 0)
-    mapping_ = Mapping(file.Number(), static_cast<std::size_t>(status.st_size));
-  if (mapping_.Bytes().empty()) text_ = ReadAll(file.Number());
+  const Descriptor file = OpenToRead(path);
+  const std::size_t size = KnownSize(file.Number());
+  if (size > 0) mapping_ = Mapping(file.Number(), size);
+  if (mapping_.Bytes().empty()) text_ = ReadText(file.Number());
 }
 
 }  // namespace mimora::tool

@@ -1,11 +1,10 @@
 // Copyright (c) 2026 the mimora developers.
 //
-// The bytes of one message file: mapped when the system can map it, so that a mailbox of many
-// gigabytes costs no memory, otherwise read into memory (pipes, standard input).
+// The files that messages come from.
 #ifndef MIMORA_TOOL_SOURCE_H_
 #define MIMORA_TOOL_SOURCE_H_
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -28,6 +27,8 @@ class Mapping {
   std::size_t size_ = 0;
 };
 
+// The bytes of one message file: mapped when the system can map it, so that a mailbox of many
+// gigabytes costs no memory, otherwise read into memory (pipes, standard input).
 class Source {
  public:
   // PATH "-" is the standard input. Throws std::system_error when the file cannot be read.

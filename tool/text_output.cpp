@@ -11,30 +11,8 @@ namespace {
 // own line aside and leaves the other lines alone, so that output grows with the input only.
 constexpr std::size_t kWidestColumn = 40;
 
-struct Character {
-  char32_t code = 0;
-  std::size_t length = 0;  // in bytes; 0: no proper UTF-8
-};
-
-bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
-
-// The first character of TEXT, which is not empty. Overlong forms, surrogates and numbers past
-// U+10FFFF are not proper.
-Character FirstCharacter(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text.front());
-  if (lead < 0x80) return {lead, 1};
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return {};
-  char32_t code = lead & (0x7Fu >> length);
-  for (const char byte : text.substr(1, length - 1)) {
-    if (!IsContinuation(byte)) return {};
-    code = code << 6 | (static_cast<unsigned char>(byte) & 0x3Fu);
-  }
-  constexpr char32_t kLeast[] = {0x80, 0x800, 0x10000};
-  const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-  if (code < kLeast[length - 2] || code > 0x10FFFF || surrogate) return {};
-  return {code, length};
-}
+// What must be seen of a text to know how it goes on: more than a line end, in no locale less.
+constexpr std::size_t kLongestCharacter = 8;
 
 // Control characters, line separators, and the marks that turn the direction of writing, with
 // which a name can pretend to end in another extension.
@@ -55,20 +33,28 @@ void AppendEscaped(std::string& out, std::string_view bytes) {
   }
 }
 
-std::string Escape(std::string_view text, bool utf8, std::string_view tab,
-                   std::string_view line_end) {
+struct Blanks {
+  std::string_view tab, line_end;
+};
+constexpr Blanks kOnOneLine = {" ", ""};
+constexpr Blanks kOnManyLines = {"\t", "\n"};
+
+// Takes characters off the front of TEXT while more than KEEP bytes are left.
+std::string TakeEscaped(std::string_view& text, std::size_t keep, const LocaleCharset& charset,
+                        const Blanks& blanks) {
   std::string out;
   out.reserve(text.size());
-  while (!text.empty()) {
-    const Character character = FirstCharacter(text);
+  while (text.size() > keep) {
+    const Character character = charset.First(text);
     std::size_t length = std::max<std::size_t>(character.length, 1);
     if (text.starts_with("\r\n")) {
       length = 2;
-      out += line_end;
+      out += blanks.line_end;
+    } else if (text.front() == '\n' && !blanks.line_end.empty()) {
+      out += blanks.line_end;
     } else if (text.front() == '\t') {
-      out += tab;
-    } else if (character.length == 0 || IsUnsafe(character.code) ||
-               (!utf8 && character.length > 1)) {
+      out += blanks.tab;
+    } else if (character.length == 0 || IsUnsafe(character.code)) {
       AppendEscaped(out, text.substr(0, length));
     } else {
       out += text.substr(0, length);
@@ -78,15 +64,60 @@ std::string Escape(std::string_view text, bool utf8, std::string_view tab,
   return out;
 }
 
+std::string TakeUnixLines(std::string_view& text, std::size_t keep) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t end; (end = text.find("\r\n")) != std::string_view::npos;) {
+    out += text.substr(0, end);
+    text.remove_prefix(end + 1);
+  }
+  if (text.size() <= keep) return out;
+  out += text.substr(0, text.size() - keep);
+  text.remove_prefix(text.size() - keep);
+  return out;
+}
+
+std::string TakeLines(std::string_view& text, std::size_t keep, const Output& out) {
+  return out.IsTerminal() ? TakeEscaped(text, keep, out.Charset(), kOnManyLines)
+                          : TakeUnixLines(text, keep);
+}
+
 std::size_t Width(std::string_view text) {
-  return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, IsContinuation));
+  const auto is_continuation = [](char byte) { return (byte & 0xC0) == 0x80; };
+  return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, is_continuation));
 }
 
 }  // namespace
 
-std::string OneLine(std::string_view text, bool utf8) { return Escape(text, utf8, " ", ""); }
+std::string OneLine(std::string_view text, const LocaleCharset& charset) {
+  return TakeEscaped(text, 0, charset, kOnOneLine);
+}
 
-std::string ManyLines(std::string_view text, bool utf8) { return Escape(text, utf8, "\t", "\n"); }
+std::string Lines(std::string_view text, const Output& out) { return TakeLines(text, 0, out); }
+
+void LinesWriter::Write(std::string_view piece) {
+  pending_ += piece;
+  std::string_view rest = pending_;
+  WriteLines(TakeLines(rest, kLongestCharacter - 1, out_));
+  pending_ = std::string(rest);
+}
+
+void LinesWriter::Finish(bool end_line) {
+  WriteLines(Lines(std::exchange(pending_, {}), out_));
+  if (end_line && !at_line_start_) WriteLines("\n");
+}
+
+void LinesWriter::WriteLines(std::string_view lines) {
+  if (lines.empty()) return;
+  out_.Write(lines);
+  at_line_start_ = lines.back() == '\n';
+}
+
+void Titles::Print(std::string_view path) {
+  if (!wanted_) return;
+  out_.Write(std::exchange(gap_, "\n"));
+  out_.Write("==> " + OneLine(path, out_.Charset()) + " <==\n");
+}
 
 std::string Grouped(int64_t number) {
   std::string digits = std::to_string(number);

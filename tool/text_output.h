@@ -4,23 +4,56 @@
 #ifndef MIMORA_TOOL_TEXT_OUTPUT_H_
 #define MIMORA_TOOL_TEXT_OUTPUT_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "tool/locale_charset.h"
 #include "tool/output.h"
 
 namespace mimora::tool {
 
 // The text on one line: folding is undone, a tab becomes a space, and every byte that could
-// steer a terminal, reorder the text or is no proper UTF-8 shows as \xNN. Without UTF8 this
-// applies to all bytes above 0x7F.
-std::string OneLine(std::string_view text, bool utf8);
+// steer a terminal, reorder the text or belongs to no character of the set shows as \xNN.
+std::string OneLine(std::string_view text, const LocaleCharset& charset);
 
-// The same with line ends and tabs kept; CR LF becomes LF.
-std::string ManyLines(std::string_view text, bool utf8);
+// The text with the line ends of this system. On a terminal it must not steer: what is no line end
+// or tab shows as in OneLine. Programs get the other bytes as they are.
+std::string Lines(std::string_view text, const Output& out);
+
+// Writes the same of a text that comes in pieces.
+class LinesWriter {
+ public:
+  explicit LinesWriter(Output& out) : out_(out) {}
+
+  void Write(std::string_view piece);
+  // Called once, behind the last piece. END_LINE: what follows is to begin on a line of its own.
+  void Finish(bool end_line);
+
+ private:
+  void WriteLines(std::string_view lines);
+
+  Output& out_;
+  std::string pending_;
+  bool at_line_start_ = true;
+};
+
+// The titles over the texts of several files; a single file has none.
+class Titles {
+ public:
+  Titles(std::size_t files, Output& out) : wanted_(files > 1), out_(out) {}
+
+  bool AreWanted() const { return wanted_; }
+  void Print(std::string_view path);
+
+ private:
+  const bool wanted_;
+  Output& out_;
+  std::string_view gap_ = "";
+};
 
 // "1,234,567"
 std::string Grouped(int64_t number);

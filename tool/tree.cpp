@@ -1,53 +1,19 @@
 // Copyright (c) 2026 the mimora developers.
 #include "tool/tree.h"
 
-#include <algorithm>
-#include <cstring>
-
+#include "tool/message.h"
 #include "tool/offsets.h"
+#include "tool/texts.h"
 
 namespace mimora::tool {
 namespace {
 
-// Types beyond this are cut; none in use comes near it.
-constexpr uint32_t kLongestType = 256;
-
-// Takes a text from a function that tells the room it needs before it copies.
-template <typename Copy>
-std::optional<std::string> CopiedText(Copy copy) {
-  uint32_t size = 0;
-  if (copy(nullptr, &size) != 1) return std::nullopt;
-  std::string text(size, '\0');
-  if (copy(text.data(), &size) != 0) return std::nullopt;
-  text.resize(std::strlen(text.c_str()));
-  return text;
-}
-
-std::string TypeOf(M_Bodypart* part) {
-  char type[kLongestType] = "";
-  M_GetBodypartMimeContentType(part, type, sizeof type);
-  std::string text = type;
-  for (char& letter : text)
-    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-  return text;
-}
-
-std::optional<std::string> NameOf(M_Bodypart* part) {
-  const auto parameter = [part](const char* field, const char* name) {
-    return CopiedText([=](char* buffer, uint32_t* size) {
-      return M_MimeParameter(part, field, name, buffer, size);
-    });
-  };
-  std::optional<std::string> name = parameter("Content-Type", "name");
-  return name ? name : parameter("Content-Disposition", "filename");
-}
-
-std::vector<int64_t> EmbeddedSizes(M_Bodypart* part) {
-  std::vector<int64_t> sizes;
+std::vector<EmbeddedFile> EmbeddedFiles(M_Bodypart* part, const char* charset) {
+  std::vector<EmbeddedFile> files;
   for (int32_t number = 1;; ++number) {
     const int64_t size = M_GetAttachmentSize(number, part);
-    if (size < 0) return sizes;
-    sizes.push_back(size);
+    if (size < 0) return files;
+    files.push_back({AttachmentName(part, number, charset), size});
   }
 }
 
@@ -57,6 +23,8 @@ std::string Join(const std::string& base, const std::string& last) {
 
 class TreeReader {
  public:
+  explicit TreeReader(const char* charset) : charset_(charset) {}
+
   // MESSAGE_NUMBER is that of the part that encloses the message, empty for the root. The library
   // bounds how deep trees are, so that this may call itself.
   PartNode ReadMessage(M_Bodypart* message, const std::string& message_number) {
@@ -86,8 +54,8 @@ class TreeReader {
   PartNode Describe(M_Bodypart* part) {
     PartNode node;
     node.part = part;
-    node.type = TypeOf(part);
-    node.name = NameOf(part);
+    node.type = AttachmentType(part, 0).value_or("");
+    node.name = AttachmentName(part, 0, charset_);
     const auto declared = [part](auto* copy) {
       return CopiedText([=](char* buffer, uint32_t* size) { return copy(part, buffer, size); });
     };
@@ -99,10 +67,11 @@ class TreeReader {
     int64_t decoded_size = 0;
     M_GetBodypartSize(part, &decoded_size, &node.body_size);
     node.decoded_size = decoded_size;
-    node.embedded = EmbeddedSizes(part);
+    node.embedded = EmbeddedFiles(part, charset_);
     return node;
   }
 
+  const char* const charset_;
   OffsetProbe probe_;
 };
 
@@ -115,11 +84,14 @@ const PartNode* FindExactly(const PartNode& node, std::string_view number) {
 
 }  // namespace
 
-PartNode ReadTree(M_Bodypart* root) { return TreeReader().ReadMessage(root, ""); }
+PartNode ReadTree(M_Bodypart* root, const char* charset) {
+  return TreeReader(charset).ReadMessage(root, "");
+}
 
-const PartNode* FindPart(const PartNode& root, std::string_view number) {
-  const PartNode* found = FindExactly(root, number);
-  return found == nullptr && number == "1" ? &root : found;
+const PartNode& SelectPart(const PartNode& root, const std::string& number) {
+  if (const PartNode* found = FindExactly(root, number)) return *found;
+  if (number == "1") return root;
+  throw MessageError("there is no part " + number);
 }
 
 }  // namespace mimora::tool

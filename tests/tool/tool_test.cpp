@@ -45,6 +45,19 @@ constexpr std::string_view kHostile =
     "\r\n"
     "x\r\n";
 
+// Names that lead out of a directory, onto another line, onto the file of another part, and to one
+// that is there already. The subject tries to add a field.
+constexpr std::string_view kNames =
+    "Subject: =?utf-8?q?a=0ABcc:_b?=\r\n"
+    "Content-Type: multipart/mixed; boundary=cut\r\n"
+    "\r\n"
+    "--cut\r\nContent-Type: image/png; name=\"../../up.png\"\r\n\r\n1\r\n"
+    "--cut\r\nContent-Type: image/png; name=\"=?utf-8?q?a=0Ab=1B=C3=A9?=\"\r\n\r\n2\r\n"
+    "--cut\r\nContent-Type: image/png; name=there\r\n\r\n3\r\n"
+    "--cut\r\nContent-Type: image/png; name=UP.png\r\n\r\n4\r\n"
+    "--cut\r\nContent-Type: image/png; name=/tmp\r\n\r\n5\r\n"
+    "--cut--\r\n";
+
 // Every command runs in a folder of its own with these files, through the shell. There $T is the
 // tool, in a UTF-8 locale unless the command says otherwise, and $E the folder of the samples.
 class Tool : public testing::Test {
@@ -58,6 +71,7 @@ class Tool : public testing::Test {
     setenv("LC_ALL", "C.UTF-8", 1);
     std::ofstream(folder_ / "letter.eml", std::ios::binary) << kLetter;
     std::ofstream(folder_ / "hostile.eml", std::ios::binary) << kHostile;
+    std::ofstream(folder_ / "names.eml", std::ios::binary) << kNames;
     std::ofstream(folder_ / "empty.eml");
   }
   static void TearDownTestSuite() { std::filesystem::remove_all(folder_); }
@@ -101,7 +115,10 @@ const CommandCase kCommands[] = {
     {"message in a message", "$T show $E/forwarded.eml", 0,
      {"\n└─ 2 ", "\n   └─ 2.TEXT ", "\n      ├─ 2.1 ", "\n      └─ 2.2 "}},
     {"files of a TNEF body", "$T show $E/tnef.eml", 0,
-     {"\n   ├─ embedded file 1, ", "\n   └─ embedded file 2, "}, {}, {"embedded file 3"}},
+     {"\n   ├─ embedded file 1, 582 bytes, Besiktningsprotokoll Åsgård 2026-05-07.rtf\n",
+      "\n   └─ embedded file 2, "}, {}, {"embedded file 3"}},
+    {"decoded names, senders and subjects", "$T show $E/invoice.eml", 0,
+     {"  From:    Ludmila Třešňáková <", "  Subject: Faktura č. 2026", "  Faktura č. 2026-0417 – židle.pdf\n"}},
     {"damage is shown and no failure", "$T show $E/broken-no-boundary.eml", 0,
      {"\n  damaged: a multipart without boundary"}},
     {"empty file", "$T show empty.eml", 0,
@@ -121,6 +138,10 @@ const CommandCase kCommands[] = {
       "Content-Type:\n multipart/mixed; boundary=cut\n"}, {}, {"\r"}},
     {"hostile header for programs", "$T headers hostile.eml", 0,
      {"Subject: \x1B[2J\xC2\x9B;31m\xC3\xA9\xFF\n"}},
+    {"JSON on a terminal", "script -qec '$T headers --json hostile.eml' /dev/null", 0, {R"(\u009b)"}, {},
+     {"\x9B"}},
+    {"decoded header, a line each", "$T headers --decode names.eml $E/invoice.eml", 0,
+     {"Subject: a Bcc: b\nContent", "\nFrom: Ludmila Třešňáková <ucetni@example.net>\n"}},
     {"header of an enclosed message", "$T headers $E/forwarded.eml --part 2.TEXT", 0,
      {"\nSubject: Rain gauges, January and February\n"}, {}, {"Fwd:"}},
     {"the one body of a message", "$T headers hostile.eml --part 1", 0, {"Subject: "}},
