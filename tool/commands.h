@@ -15,6 +15,8 @@ namespace mimora::tool {
 
 void AddShowCommand(CLI::App& app, Output& out, int& status);
 void AddHeadersCommand(CLI::App& app, Output& out, int& status);
+void AddTextCommand(CLI::App& app, Output& out, int& status);
+void AddSaveCommand(CLI::App& app, Output& out, int& status);
 
 // The message files that most commands take.
 void AddFiles(CLI::App& command, std::vector<std::string>& files);

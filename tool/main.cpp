@@ -27,11 +27,15 @@ int Run(int argc, const char* const* argv, Output& out) {
   app.require_subcommand(1);
   AddShowCommand(app, out, status);
   AddHeadersCommand(app, out, status);
+  AddTextCommand(app, out, status);
+  AddSaveCommand(app, out, status);
   // Set last: commands take over the footer that stands when they are added.
   app.footer(
       "Examples:\n"
       "  mimora show letter.eml                    the parts, their sizes and places\n"
       "  mimora headers --decode letter.eml        the header, readable\n"
+      "  mimora text letter.eml                    the text that somebody wrote\n"
+      "  mimora save --part 2 -o a.pdf letter.eml  one part\n"
       "  fetch-mail | mimora show -                a message from the standard input\n"
       "\n"
       "Exit status: 0; 1 a message could not be read as asked; 2 wrong usage.");

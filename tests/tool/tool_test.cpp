@@ -45,6 +45,9 @@ constexpr std::string_view kHostile =
     "\r\n"
     "x\r\n";
 
+// Its only text is no letter, and steers the terminal.
+constexpr std::string_view kPage = "Content-Type: text/html\r\n\r\n<p>\x1B[2J\r\n";
+
 // Names that lead out of a directory, onto another line, onto the file of another part, and to one
 // that is there already. The subject tries to add a field.
 constexpr std::string_view kNames =
@@ -71,7 +74,10 @@ class Tool : public testing::Test {
     setenv("LC_ALL", "C.UTF-8", 1);
     std::ofstream(folder_ / "letter.eml", std::ios::binary) << kLetter;
     std::ofstream(folder_ / "hostile.eml", std::ios::binary) << kHostile;
+    std::ofstream(folder_ / "page.eml", std::ios::binary) << kPage;
     std::ofstream(folder_ / "names.eml", std::ios::binary) << kNames;
+    std::ofstream(folder_ / "odd.eml") << "Content-Type: text/plain; charset=x-odd\n\n\xE1\n";
+    std::ofstream(folder_ / "there") << "old";
     std::ofstream(folder_ / "empty.eml");
   }
   static void TearDownTestSuite() { std::filesystem::remove_all(folder_); }
@@ -149,12 +155,36 @@ const CommandCase kCommands[] = {
      {"newsletter.eml <==\nContent-Type: image/png"},
      {"mimora: letter.eml: there is no part 2.2\n"}, {"letter.eml <==\nContent-Type: text"}},
     {"part number that is none", "$T headers --part 1..2 letter.eml", 2, {}, {"1..2"}, {"From"}},
+    {"letter with the line ends of the system", "$T text $E/invoice.eml", 0,
+     {"Vážená paní Hrubešová,\n\nděkujeme"}, {}, {"\r", "==>"}},
+    {"letter for programs in the locale C", "LC_ALL=C $T text $E/invoice.eml", 0, {"Vážená"}},
+    {"letter on a terminal in the locale C", "LC_ALL=C script -qec '$T text $E/invoice.eml' /dev/null", 0,
+     {R"(V\xC3\xA1\xC5\xBEen)"}, {}, {"\xC3"}},
+    {"letters, one missing, one with files in it", "$T text page.eml hostile.eml $E/uuencoded.eml", 1,
+     {"==> hostile.eml <==\nx\n\n==>", "uuencoded.eml <==\nDear all,"},
+     {"mimora: page.eml: there is no text letter\n"}, {"page.eml <==", "begin 6"}},
+    {"letter in an unknown character set", "$T text odd.eml", 0, {"\xE1\n"},
+     {"mimora: odd.eml: its character set is not known"}},
+    {"body decoded", "$T save --part 1 letter.eml | od -An -c", 0, {"   c   a   f 303 251\n"}},
+    {"body as it stands", "$T save --part 1 --raw letter.eml", 0, {"caf=C3=A9"}},
+    {"body of a part with parts", "$T save --part 1 $E/invoice.eml | wc -c; "
+     "$T save --part 2 $E/forwarded.eml >raw; tail -c +1536 $E/forwarded.eml | head -c 1905 | cmp - raw", 0, {"1237\n"}},
+    {"body translated", "$T save --part 1 --charset iso-8859-2 $E/invoice.eml", 0, {"V\xE1\xBE" "en\xE1"}},
+    {"body on a terminal", "script -qec '$T save --part 1 page.eml' /dev/null", 0, {R"(<p>\x1B[2J)"}, {}, {"\x1B"}},
+    {"file inside a body", "$T save --part 1 --embedded 1 $E/uuencoded.eml | wc -c", 0, {"774\n"}},
+    {"no such file inside a body", "$T save --part 1 --embedded 1 -o new letter.eml; test ! -e new", 0, {},
+     {"mimora: letter.eml: there is no embedded file of that number\n"}},
+    {"body into a file that is there", "$T save --part 1 -o there letter.eml || cat there", 0, {"old"},
+     {"mimora: letter.eml: there: File exists\n"}},
+    {"options that exclude each other", "$T save --part 1 --raw --charset utf-8 letter.eml", 2, {}, {"excludes"}},
     {"no command", "$T", 2, {}, {"mimora: ", "--help"}},
     {"no file", "$T show", 2, {}, {"FILE is required"}},
     {"unknown option", "$T show --jsn letter.eml", 2, {}, {"--jsn"}, {"letter.eml"}},
     {"help", "$T --help", 0, {"Examples:\n", "show", "headers"}},
     {"version", "$T --version", 0, {"mimora 1."}},
     {"full disk", "$T show letter.eml >/dev/full", 1, {},
+     {"mimora: standard output: No space left on device\n"}},
+    {"full disk for a body", "$T save --part 1 letter.eml >/dev/full", 1, {},
      {"mimora: standard output: No space left on device\n"}},
     {"reader gone", "{ sleep 0.2; $T show letter.eml; echo status $? >&2; } | :", 0, {},
      {"status 141\n"}},
