@@ -16,6 +16,7 @@ namespace mimora::tool {
 void AddShowCommand(CLI::App& app, Output& out, int& status);
 void AddHeadersCommand(CLI::App& app, Output& out, int& status);
 void AddTextCommand(CLI::App& app, Output& out, int& status);
+void AddAttachmentsCommand(CLI::App& app, Output& out, int& status);
 void AddSaveCommand(CLI::App& app, Output& out, int& status);
 
 // The message files that most commands take.

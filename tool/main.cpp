@@ -28,6 +28,7 @@ int Run(int argc, const char* const* argv, Output& out) {
   AddShowCommand(app, out, status);
   AddHeadersCommand(app, out, status);
   AddTextCommand(app, out, status);
+  AddAttachmentsCommand(app, out, status);
   AddSaveCommand(app, out, status);
   // Set last: commands take over the footer that stands when they are added.
   app.footer(
@@ -35,6 +36,7 @@ int Run(int argc, const char* const* argv, Output& out) {
       "  mimora show letter.eml                    the parts, their sizes and places\n"
       "  mimora headers --decode letter.eml        the header, readable\n"
       "  mimora text letter.eml                    the text that somebody wrote\n"
+      "  mimora attachments --json *.eml           what is attached, for programs\n"
       "  mimora save --part 2 -o a.pdf letter.eml  one part\n"
       "  fetch-mail | mimora show -                a message from the standard input\n"
       "\n"

@@ -165,6 +165,13 @@ const CommandCase kCommands[] = {
      {"mimora: page.eml: there is no text letter\n"}, {"page.eml <==", "begin 6"}},
     {"letter in an unknown character set", "$T text odd.eml", 0, {"\xE1\n"},
      {"mimora: odd.eml: its character set is not known"}},
+    {"attachments", "$T attachments $E/forwarded.eml $E/tnef.eml names.eml", 0,
+     {"forwarded.eml <==\n"
+      "NUMBER  TYPE             SIZE  NAME\n"
+      "2       message/rfc822  1,905  Rain gauges, January and February.eml\n"
+      "2.2     text/csv          312  rain-2026-01-02.csv\n\n",
+      "\n2/2 ", "  a\\x0Ab\\x1Bé\n"}},
+    {"texts that are no attachments", "$T attachments $E/calendar.eml letter.eml", 0, {"NAME\n"}, {}, {"text/"}},
     {"body decoded", "$T save --part 1 letter.eml | od -An -c", 0, {"   c   a   f 303 251\n"}},
     {"body as it stands", "$T save --part 1 --raw letter.eml", 0, {"caf=C3=A9"}},
     {"body of a part with parts", "$T save --part 1 $E/invoice.eml | wc -c; "
@@ -257,6 +264,14 @@ TEST_F(Tool, JsonKeepsAPlaceForEachFile) {
   EXPECT_EQ(headers[0][0]["value"], "\x1B[2J\xC2\x9B;31m\xC3\xA9\xEF\xBF\xBD");
   EXPECT_TRUE(headers[1].is_null());
   EXPECT_EQ(headers[2][1], (json{{"name", "Subject"}, {"value", "one\r\n\ttwo"}}));
+
+  const json lists = RunForJson("$T attachments --json gone.eml $E/uuencoded.eml");
+  ASSERT_EQ(lists.size(), 2u);
+  EXPECT_EQ(lists[0]["error"], "No such file or directory");
+  EXPECT_TRUE(lists[0]["attachments"].is_null());
+  const json logo = {
+      {"part", "1"}, {"number", 2}, {"name", "logo.gif"}, {"type", "image/gif"}, {"size", 261}};
+  EXPECT_EQ(lists[1]["attachments"][1], logo);
 }
 
 }  // namespace
