@@ -17,6 +17,7 @@ void AddShowCommand(CLI::App& app, Output& out, int& status);
 void AddHeadersCommand(CLI::App& app, Output& out, int& status);
 void AddTextCommand(CLI::App& app, Output& out, int& status);
 void AddAttachmentsCommand(CLI::App& app, Output& out, int& status);
+void AddExtractCommand(CLI::App& app, Output& out, int& status);
 void AddSaveCommand(CLI::App& app, Output& out, int& status);
 
 // The message files that most commands take.

@@ -29,6 +29,7 @@ int Run(int argc, const char* const* argv, Output& out) {
   AddHeadersCommand(app, out, status);
   AddTextCommand(app, out, status);
   AddAttachmentsCommand(app, out, status);
+  AddExtractCommand(app, out, status);
   AddSaveCommand(app, out, status);
   // Set last: commands take over the footer that stands when they are added.
   app.footer(
@@ -37,6 +38,7 @@ int Run(int argc, const char* const* argv, Output& out) {
       "  mimora headers --decode letter.eml        the header, readable\n"
       "  mimora text letter.eml                    the text that somebody wrote\n"
       "  mimora attachments --json *.eml           what is attached, for programs\n"
+      "  mimora extract -o files letter.eml        everything in it, as files\n"
       "  mimora save --part 2 -o a.pdf letter.eml  one part\n"
       "  fetch-mail | mimora show -                a message from the standard input\n"
       "\n"

@@ -6,12 +6,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
 #include <utility>
-
-#include "tool/descriptor.h"
 
 namespace mimora::tool {
 namespace {
+
+// The library opens no larger ones by their names.
+constexpr std::size_t kLargestNamedFile = INT32_MAX;
 
 Descriptor OpenToRead(const std::string& path) {
   return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -64,6 +69,34 @@ Source::Source(const std::string& path) {
   const std::size_t size = KnownSize(file.Number());
   if (size > 0) mapping_ = Mapping(file.Number(), size);
   if (mapping_.Bytes().empty()) text_ = ReadText(file.Number());
+}
+
+NamedFile::NamedFile(const std::string& path) : name_(path) {
+  if (path == "-") {
+    CopyFrom(STDIN_FILENO);
+    return;
+  }
+  const Descriptor file = OpenToRead(path);
+  const std::size_t size = KnownSize(file.Number());
+  if (size == 0) CopyFrom(file.Number());
+  CheckSize(size);
+}
+
+void NamedFile::CopyFrom(int descriptor) {
+  std::string path = std::filesystem::temp_directory_path() / "mimora.XXXXXX";
+  copy_ = Descriptor(::mkostemp(path.data(), O_CLOEXEC), path);
+  ::unlink(path.c_str());
+  std::size_t size = 0;
+  ReadAll(descriptor, [&](std::string_view block) {
+    CheckSize(size += block.size());
+    WriteAll(copy_.Number(), block);
+  });
+  name_ = "/proc/self/fd/" + std::to_string(copy_.Number());
+}
+
+void NamedFile::CheckSize(std::size_t size) {
+  if (size > kLargestNamedFile)
+    throw std::system_error(std::make_error_code(std::errc::file_too_large));
 }
 
 }  // namespace mimora::tool

@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "tool/descriptor.h"
+
 namespace mimora::tool {
 
 // A read-only private mapping of a whole file; empty when nothing is mapped.
@@ -42,6 +44,24 @@ class Source {
  private:
   Mapping mapping_;
   std::string text_;
+};
+
+// A message for the library to open by its name and to move about in. What comes through a pipe is
+// copied into a temporary file, which has no entry in any directory.
+class NamedFile {
+ public:
+  // PATH "-" is the standard input. Throws std::system_error.
+  explicit NamedFile(const std::string& path);
+
+  // Good as long as the object.
+  const std::string& Name() const { return name_; }
+
+ private:
+  void CopyFrom(int descriptor);
+  static void CheckSize(std::size_t size);
+
+  std::string name_;
+  Descriptor copy_;
 };
 
 }  // namespace mimora::tool

@@ -79,6 +79,7 @@ class Tool : public testing::Test {
     std::ofstream(folder_ / "odd.eml") << "Content-Type: text/plain; charset=x-odd\n\n\xE1\n";
     std::ofstream(folder_ / "there") << "old";
     std::ofstream(folder_ / "empty.eml");
+    std::filesystem::create_directory(folder_ / "out");
   }
   static void TearDownTestSuite() { std::filesystem::remove_all(folder_); }
 
@@ -172,6 +173,15 @@ const CommandCase kCommands[] = {
       "2.2     text/csv          312  rain-2026-01-02.csv\n\n",
       "\n2/2 ", "  a\\x0Ab\\x1Bé\n"}},
     {"texts that are no attachments", "$T attachments $E/calendar.eml letter.eml", 0, {"NAME\n"}, {}, {"text/"}},
+    {"extract from a pipe", "cat $E/newsletter.eml | $T extract -o out -", 0, {"out/seedlings.png, 872 bytes\n"}},
+    {"extract, one file missing", "$T extract -o out gone.eml $E/tnef.eml", 1, {"out/winmail.dat, 2,840 bytes\n"},
+     {"mimora: gone.eml: No such file or directory\n"}},
+    {"extract into nothing", "$T extract -o gone letter.eml", 2, {}, {"gone"}},
+    {"extract into an unknown character set", "$T extract --charset x-odd -o out letter.eml", 1, {},
+     {"mimora: letter.eml: a character set is not known\n"}},
+    {"progress of slow work on a terminal",
+     "script -qec '(sleep 0.6; cat $E/tnef.eml) | $T extract -o out - >list' /dev/null; cat list", 0,
+     {"[#########-------]  62%  2 of 4 files, ", "[################] 100%  4 of 4 files, "}},
     {"body decoded", "$T save --part 1 letter.eml | od -An -c", 0, {"   c   a   f 303 251\n"}},
     {"body as it stands", "$T save --part 1 --raw letter.eml", 0, {"caf=C3=A9"}},
     {"body of a part with parts", "$T save --part 1 $E/invoice.eml | wc -c; "
@@ -187,7 +197,7 @@ const CommandCase kCommands[] = {
     {"no command", "$T", 2, {}, {"mimora: ", "--help"}},
     {"no file", "$T show", 2, {}, {"FILE is required"}},
     {"unknown option", "$T show --jsn letter.eml", 2, {}, {"--jsn"}, {"letter.eml"}},
-    {"help", "$T --help", 0, {"Examples:\n", "show", "headers"}},
+    {"help", "$T --help", 0, {"Examples:\n", "show", "headers", "extract"}},
     {"version", "$T --version", 0, {"mimora 1."}},
     {"full disk", "$T show letter.eml >/dev/full", 1, {},
      {"mimora: standard output: No space left on device\n"}},
@@ -250,6 +260,17 @@ TEST_F(Tool, JsonNodeTellsWhatTheHeaderDeclares) {
   EXPECT_EQ(got.at(0).at("message").at("children").at(0), want);
   for (const char* missing : {"name", "charset", "encoding", "disposition", "decoded_size"})
     EXPECT_TRUE(got[0]["message"].at(missing).is_null()) << missing;
+}
+
+TEST_F(Tool, ExtractWritesNewFilesInsideItsDirectoryOnly) {
+  const std::string listing = "find . -type f | sort";
+  const std::string before = Run("mkdir in && cp there in && " + listing).out;
+  const Outcome got = Run("$T extract -o in names.eml");
+  EXPECT_EQ(got.out,
+            "in/up.png, 1 byte\nin/a_b_é, 1 byte\nin/there (2), 1 byte\nin/UP (2).png, 1 byte\n"
+            "in/tmp, 1 byte\n");
+  EXPECT_EQ(Run("cat in/there in/up.png 'in/there (2)'").out, "old13");
+  EXPECT_EQ(Run("rm in/tmp in/[auU]* 'in/there (2)'; " + listing).out, before);
 }
 
 TEST_F(Tool, JsonKeepsAPlaceForEachFile) {
