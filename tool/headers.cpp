@@ -1,5 +1,4 @@
 // Copyright (c) 2026 the mimora developers.
-#include <algorithm>
 #include <memory>
 
 #include "tool/commands.h"
@@ -35,13 +34,9 @@ void ForEachField(M_Bodypart* part, Visit visit) {
   }
 }
 
-// An encoded word may hold anything, but not begin the next field.
 std::string DecodedText(const char* value, const Output& out) {
-  std::string text = DecodedValue(value, out.Charset().Name());
-  if (out.IsTerminal()) return OneLine(text, out.Charset());
-  std::ranges::replace_if(
-      text, [](char c) { return c == '\r' || c == '\n'; }, ' ');
-  return text;
+  const std::string text = DecodedValue(value, out.Charset().Name());
+  return out.IsTerminal() ? OneLine(text, out.Charset()) : text;
 }
 
 void PrintFields(M_Bodypart* part, bool decode, Output& out) {
