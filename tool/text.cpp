@@ -25,7 +25,8 @@ void PrintLetter(const Message& message, Titles& titles, Output& out) {
   LinesWriter writer(out);
   int32_t result = WriteLetter(letter, out.Charset().Name(), writer);
   if (result == MIMORA_E_CHARSET) {
-    out.ReportError(message.Path(), "its character set is not known, the text stays as it is");
+    out.ReportError(message.Path(),
+                    "warning: its character set is not known, the text stays as it is");
     result = WriteLetter(letter, nullptr, writer);
   }
   writer.Finish(titles.AreWanted() || out.IsTerminal());

@@ -692,8 +692,9 @@ MIMORA_API int32_t M_DecodeHeaderFieldValue(const char *value,
 /*
  * Encodes a header value: words with characters beyond ASCII become encoded
  * words of at most 75 characters that split no character; other words stay as
- * they are. Its lines are folded anew, at 76 characters. A value in plain ASCII is
- * copied unchanged.
+ * they are. Its lines are folded anew at 76 characters, the first one some 20
+ * earlier, for the field's name. A value in plain ASCII is copied unchanged, line
+ * ends and all.
  *
  * value     the text; a quoted string in it is one word.
  * charset   what it is in, written into the words by its usual name; NULL, empty

@@ -11,12 +11,19 @@
 namespace mimora {
 namespace {
 
+// Whether a text begins with a line end that folds a line: blanks follow, and something behind
+// them.
+bool BeginsWithFolding(std::string_view text) {
+  if (!text.starts_with("\r\n")) return false;
+  const std::string_view behind = TrimLeft(text.substr(2), IsBlank);
+  return behind.size() < text.size() - 2 && !behind.empty() && !IsLineEnd(behind[0]);
+}
+
 // Leaves folding as it is; any other line end becomes a space.
 std::string KeepFolding(std::string_view value) {
   std::string kept(value);
   for (size_t at = 0; at < kept.size(); ++at) {
-    const std::string_view rest = std::string_view(kept).substr(at);
-    if (rest.size() > 2 && rest.starts_with("\r\n") && IsBlank(rest[2])) {
+    if (BeginsWithFolding(std::string_view(kept).substr(at))) {
       ++at;
     } else if (IsLineEnd(kept[at])) {
       kept[at] = ' ';

@@ -21,9 +21,10 @@ struct Range {
 
 // What is not seen, or reads in the other direction, in UTF-8: with such marks "gpj.exe" shows as
 // "exe.jpg". Line separators are among them.
-constexpr Range kUnsafe[] = {{"\xC2\x80", "\xC2\x9F"},         {"\xD8\x9C", "\xD8\x9C"},
-                             {"\xE2\x80\x8B", "\xE2\x80\x8F"}, {"\xE2\x80\xA8", "\xE2\x80\xAE"},
-                             {"\xE2\x81\xA0", "\xE2\x81\xAF"}, {"\xEF\xBB\xBF", "\xEF\xBB\xBF"}};
+constexpr Range kUnsafe[] = {{"\xC2\x80", "\xC2\x9F"},         {"\xC2\xAD", "\xC2\xAD"},
+                             {"\xD8\x9C", "\xD8\x9C"},         {"\xE2\x80\x8B", "\xE2\x80\x8F"},
+                             {"\xE2\x80\xA8", "\xE2\x80\xAE"}, {"\xE2\x81\xA0", "\xE2\x81\xAF"},
+                             {"\xEF\xBB\xBF", "\xEF\xBB\xBF"}};
 
 // How many bytes of that the text begins with.
 size_t UnsafeSize(std::string_view text) {
@@ -82,7 +83,8 @@ std::string SafeFileName(std::string_view name) {
   const std::string shown = ReplaceUnsafe(TrimLeft(name, is_end));
   std::string safe = Shorten(TrimRight(shown, is_end));
   safe.resize(TrimRight(safe, is_end).size());
-  if (IsDevice(safe)) safe.insert(0, 1, '_');
+  // Nor what a command would take for an option.
+  if (IsDevice(safe) || safe.starts_with('-')) safe.insert(0, 1, '_');
   return safe;
 }
 

@@ -57,6 +57,12 @@ int32_t ReadTemporary(const TemporaryFile& file, int64_t buffer_size, Step step)
   return in.GetError() == 0 ? step(in) : kTempNotOpened;
 }
 
+// Whether a stream that was read holds less than it should.
+bool EndsBefore(Minstream& in, int64_t end) {
+  in.Skip();
+  return in.Position() < end;
+}
+
 // ---- Writing ------------------------------------------------------------------------------------
 
 class BodyWriter {
@@ -76,7 +82,19 @@ class BodyWriter {
     return WriteWithoutBlocks(body);
   }
 
+  // One of the uuencoded files is all that is read, where it is.
+  bool ReadsWholeBody() const {
+    return request_.embedded_index == kWholeBody || !part_.TnefAttachments.empty() ||
+           HidesItsBlocks();
+  }
+
  private:
+  // Whether the uuencoded blocks are only there when the body is decoded.
+  bool HidesItsBlocks() const {
+    const TransferEncoding encoding = FindTransferEncoding(part_.ContentTransferEncoding);
+    return encoding == TransferEncoding::kBase64 || encoding == TransferEncoding::kQuotedPrintable;
+  }
+
   bool NeedsTranslation() const {
     return !request_.target_charset.empty() && !part_.Charset.empty() &&
            !EqualIgnoringCase(request_.target_charset, part_.Charset) &&
@@ -190,10 +208,7 @@ class BodyWriter {
 
   // The positions of the blocks count in the decoded body.
   int32_t WriteWithoutBlocks(Minstream& body) {
-    const TransferEncoding encoding = FindTransferEncoding(part_.ContentTransferEncoding);
-    if (encoding != TransferEncoding::kBase64 && encoding != TransferEncoding::kQuotedPrintable) {
-      return WriteFromDecoded(body);
-    }
+    if (!HidesItsBlocks()) return WriteFromDecoded(body);
     TemporaryFile decoded;
     const int32_t result =
         FillTemporary(decoded, 1, [&](Moutstream& out) { return Decode(body, out); });
@@ -220,7 +235,9 @@ class BodyWriter {
     if (request_.embedded_index >= part_.UuencodedBlocks.size()) return kNoSuchAttachment;
     const EmbeddedAttachment& block = part_.UuencodedBlocks[request_.embedded_index];
     StreamWindow window(in, base + block.Offset, block.BlockLength);
-    return TransferEncodingDecode(window.Stream(), out, "X-UUENCODE");
+    const int64_t end = window.Stream().Position() + block.BlockLength;
+    const int32_t result = TransferEncodingDecode(window.Stream(), out, "X-UUENCODE");
+    return result == kOk && EndsBefore(window.Stream(), end) ? kReadFailed : result;
   }
 
   int32_t CopyAroundBlocks(Minstream& in, Moutstream& out, int64_t base) const {
@@ -299,11 +316,6 @@ class StreamLock {
   Minstream& stream_;
 };
 
-bool EndsBefore(Minstream& in, int64_t end) {
-  in.Skip();
-  return in.Position() < end;
-}
-
 }  // namespace
 
 int32_t WriteBodypartBodyToStream(Bodypart& part, Moutstream& out, Minstream* in4,
@@ -327,8 +339,9 @@ int32_t WriteBodypartBodyToStream(Bodypart& part, Moutstream& out, Minstream* in
   BodyWriter writer(part, out, request);
   LogTrace("WriteBodypartBodyToStream 4");
   int32_t result = writer.Write(window.Stream());
-  const bool whole = own || part.BodyLength == -1 || request.embedded_index != kWholeBody;
-  if (result == kOk && !whole && EndsBefore(window.Stream(), base + part.BodyLength)) {
+  const bool length_is_known = !own && part.BodyLength != -1;
+  if (result == kOk && length_is_known && writer.ReadsWholeBody() &&
+      EndsBefore(window.Stream(), base + part.BodyLength)) {
     result = kReadFailed;
   }
   if (result == kOk && !out.FlushBuffer()) result = kWriteFailed;

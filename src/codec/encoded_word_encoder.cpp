@@ -82,6 +82,13 @@ constexpr bool IsWhiteUnit(char16_t unit) {
   return unit == u' ' || unit == u'\t' || IsLineEndUnit(unit);
 }
 
+// What looks like an encoded word would be decoded with the others.
+bool NeedsEncoding(std::u16string_view word) {
+  const auto is_plain = [](char16_t unit) { return unit >= u' ' && unit < 0x7F; };
+  return !std::all_of(word.begin(), word.end(), is_plain) ||
+         word.find(u"=?") != std::u16string_view::npos;
+}
+
 // White space and the word behind it.
 struct Piece {
   std::u16string_view white;
@@ -111,7 +118,7 @@ Piece TakePiece(std::u16string_view& text) {
   Piece piece{text.substr(0, static_cast<size_t>(word - text.begin())), {}, false};
   text.remove_prefix(piece.white.size());
   if (!text.empty()) piece.word = text.substr(0, FindWordEnd(text));
-  piece.needs_encoding = !IsAscii(piece.word);
+  piece.needs_encoding = NeedsEncoding(piece.word);
   text.remove_prefix(piece.word.size());
   return piece;
 }
@@ -127,7 +134,10 @@ class ValueWriter {
 
   void Write(const Piece& piece) {
     if (piece.needs_encoding) return WriteEncoded(piece);
-    WriteWhite(piece.white, piece.word.size());
+    // An encoded word stands alone, also in front of an address.
+    const bool glued = piece.white.empty() && !piece.word.empty() && !value_.empty();
+    WriteWhite(glued && after_encoded_ ? u" " : piece.white, piece.word.size());
+    after_encoded_ = false;
     Put(Narrow(piece.word));
   }
 
@@ -149,6 +159,7 @@ class ValueWriter {
       Put(prefix_ + (quoted ? EncodeQuoted(bytes) : EncodeBase64Text(bytes)) + "?=");
       if (!rest.empty()) Fold(" ");
     }
+    after_encoded_ = true;
   }
 
   void Put(std::string_view text) {
@@ -194,17 +205,22 @@ class ValueWriter {
   WordEncoding encoding_;
   std::string prefix_;
   size_t column_;
+  bool after_encoded_ = false;
   std::string value_;
 };
 
-// The pieces of a value, those that need encoding and are neighbours joined.
+// The pieces of a value. Neighbours that need encoding are joined, and one that does with what
+// stands directly in front of it.
 std::vector<Piece> SplitValue(std::u16string_view text) {
   std::vector<Piece> pieces;
   while (!text.empty()) {
     const Piece piece = TakePiece(text);
-    if (!pieces.empty() && piece.needs_encoding && pieces.back().needs_encoding) {
-      std::u16string_view& word = pieces.back().word;
-      word = {word.data(), word.size() + piece.white.size() + piece.word.size()};
+    Piece* const last = pieces.empty() ? nullptr : &pieces.back();
+    const bool glued = last != nullptr && piece.white.empty();
+    if (last != nullptr && piece.needs_encoding && (last->needs_encoding || glued)) {
+      const size_t size = last->word.size() + piece.white.size() + piece.word.size();
+      last->word = {last->word.data(), size};
+      last->needs_encoding = true;
     } else {
       pieces.push_back(piece);
     }

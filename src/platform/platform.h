@@ -51,6 +51,9 @@ constexpr int64_t kLargestFilePosition = 0x7FFFFFFF;
 // that cannot be positioned and one beyond kLargestFilePosition.
 int OpenForReading(const char* name);
 
+// Opens a file once more, for reading from its beginning; the position is shared. Fails alike.
+int OpenAgain(int file);
+
 // Creates or empties a file, readable and writable by its owner.
 int OpenForWriting(const char* name);
 

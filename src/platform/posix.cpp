@@ -86,8 +86,9 @@ LocalTime Now() {
           local.tm_hour,        local.tm_min,     local.tm_sec};
 }
 
-int OpenForReading(const char* name) {
-  const int file = Retry([&] { return open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK); });
+namespace {
+
+int CheckForReading(int file) {
   if (file == -1) return kNoFile;
   struct stat status {};
   if (fstat(file, &status) == -1) return Refuse(file, errno);
@@ -95,6 +96,19 @@ int OpenForReading(const char* name) {
   if (lseek(file, 0, SEEK_CUR) == -1) return Refuse(file, ESPIPE);
   if (status.st_size > kLargestFilePosition) return Refuse(file, EOVERFLOW);
   return file;
+}
+
+}  // namespace
+
+int OpenForReading(const char* name) {
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  return CheckForReading(Retry([&] { return open(name, kFlags); }));
+}
+
+int OpenAgain(int file) {
+  const int again = CheckForReading(fcntl(file, F_DUPFD_CLOEXEC, 0));
+  if (again != kNoFile) Seek(again, 0);
+  return again;
 }
 
 int OpenForWriting(const char* name) {

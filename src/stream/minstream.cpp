@@ -51,8 +51,9 @@ Minstream::Minstream(MemorySource source)
 Minstream::Minstream(FileSource source, int64_t buffer_size) : position_known_(true) {
   LogCreation(buffer_size);
   AllocateBuffer(buffer_size);
-  if (source.name == nullptr) return;
-  file_ = platform::OpenForReading(source.name);
+  const bool is_open = source.open_file != platform::kNoFile;
+  if (source.name == nullptr && !is_open) return;
+  file_ = is_open ? platform::OpenAgain(source.open_file) : platform::OpenForReading(source.name);
   if (file_ == platform::kNoFile) {
     error_ = errno;
     return;

@@ -42,7 +42,8 @@ struct MemorySource {
 };
 
 struct FileSource {
-  const char* name = nullptr;
+  const char* name = nullptr;         // either this
+  int open_file = platform::kNoFile;  // or this, which is not written meanwhile
 };
 
 enum class LineEnd { kNone, kCr, kLf, kCrLf };

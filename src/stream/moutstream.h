@@ -77,6 +77,7 @@ class Moutstream {
   std::string_view GetBuffer() const { return {buffer_.get(), static_cast<size_t>(filled_)}; }
 
   const std::string& GetFileName() const { return file_name_; }
+  int GetFile() const { return file_; }
 
  private:
   enum Mode { kMemory, kBuffered, kCounting };

@@ -10,16 +10,17 @@
 
 namespace mimora {
 
-// A file that is written, then read, and gone with the object, whatever happens in between.
+// A file that is written, then read, and gone with the object. It loses its name at once: not even
+// a process that is killed leaves it behind.
 class TemporaryFile {
  public:
-  TemporaryFile() : out_(FileSink{}, kDefaultBufferSize) {}
-  ~TemporaryFile() {
+  TemporaryFile() : out_(FileSink{}, kDefaultBufferSize) {
     if (!out_.GetFileName().empty()) platform::Remove(out_.GetFileName().c_str());
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
+  // The name it had.
   const std::string& Name() const { return out_.GetFileName(); }
 
   // Has STEP write the file, which answers kOk or why it failed. Answers that, kTempNotCreated, or
@@ -32,7 +33,7 @@ class TemporaryFile {
   }
 
   // For reading, once it is filled.
-  FileSource Source() const { return {.name = out_.GetFileName().c_str()}; }
+  FileSource Source() const { return {.open_file = out_.GetFile()}; }
 
  private:
   Moutstream out_;

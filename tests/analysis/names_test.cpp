@@ -42,6 +42,8 @@ TEST(AddHeaderField, LetsNoOtherFieldIn) {
     EXPECT_FALSE(AddHeaderField(part, name, "x")) << name;
   }
   EXPECT_EQ(part.Header.Count(), 1u);
+  EXPECT_TRUE(AddHeaderField(part, "X", "a\r\n \r\n b\r\n "));
+  EXPECT_EQ(part.Header.At(1).value, "a   \r\n b   ");
 }
 
 }  // namespace

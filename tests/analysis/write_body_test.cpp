@@ -177,6 +177,10 @@ TEST(WriteBody, FindsItsSource) {
   EXPECT_EQ(write(&in), code(kReadFailed)) << "beyond the end";
   part.BodyStart = 3;
   EXPECT_EQ(write(&in), code(kReadFailed)) << "cut off";
+  part.UuencodedBlocks.push_back({.Name = "x", .DecodedSize = 1, .Offset = 5, .BlockLength = 90});
+  Moutstream file_inside(MemorySink{});
+  EXPECT_EQ(SaveAttachment(part, file_inside, &in, 1), kReadFailed);
+  part.UuencodedBlocks.clear();
 
   part.DataDefinitionType = kBodyInFile;
   EXPECT_EQ(write(&in), code(kNoBodyFileName));

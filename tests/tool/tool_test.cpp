@@ -165,7 +165,7 @@ const CommandCase kCommands[] = {
      {"==> hostile.eml <==\nx\n\n==>", "uuencoded.eml <==\nDear all,"},
      {"mimora: page.eml: there is no text letter\n"}, {"page.eml <==", "begin 6"}},
     {"letter in an unknown character set", "$T text odd.eml", 0, {"\xE1\n"},
-     {"mimora: odd.eml: its character set is not known"}},
+     {"mimora: odd.eml: warning: its character set is not known"}},
     {"attachments", "$T attachments $E/forwarded.eml $E/tnef.eml names.eml", 0,
      {"forwarded.eml <==\n"
       "NUMBER  TYPE             SIZE  NAME\n"
