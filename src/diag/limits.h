@@ -39,6 +39,10 @@ constexpr size_t kLongestUuLine = 1000;
 // every full piece of this size is text.
 constexpr size_t kLongestHeldBlanks = 4096;
 
+// Elements of an HTML text that are nested deeper are only counted: their text is shown, but not in
+// columns.
+constexpr size_t kDeepestElement = 512;
+
 }  // namespace mimora
 
 #endif  // MIMORA_DIAG_LIMITS_H_
