@@ -19,8 +19,8 @@
  *     copy, NULL for a pointer) and does no harm; a handle that was destroyed,
  *     or never created, is the caller's fault and is only reported in the log.
  *
- *  3. Texts are zero-terminated 8-bit strings. Header texts are handed out as
- *     they stand in the message.
+ *  3. Texts are zero-terminated 8-bit strings, only M_HTMLToText has UTF-16.
+ *     Header texts are handed out as they stand in the message.
  *
  *  4. Sized copies. A function with BUFFER and SIZE copies a text and its zero
  *     when they fit. When BUFFER is NULL or *SIZE too small it copies nothing
@@ -54,6 +54,9 @@
 #define MIMORA_MIMORA_H_
 
 #include <stdint.h>
+#ifndef __cplusplus
+#include <uchar.h> /* char16_t */
+#endif
 
 #define MIMORA_VERSION_MAJOR 1
 #define MIMORA_VERSION_MINOR 0
@@ -925,6 +928,31 @@ MIMORA_API int32_t M_SaveBodyOrBodypartTextToFile(M_Bodypart *part,
                                                   const char *fileName,
                                                   int32_t bodyOnly,
                                                   int32_t offset, uint32_t *count);
+
+/* ------------------------------------------------------------------------
+ * Messages: HTML
+ * --------------------------------------------------------------------- */
+
+/*
+ * Makes plain text of an HTML document: the visible text of its body as browsers
+ * lay it out (innerText) without style sheets and scripts. White space is
+ * folded, blocks and table rows are lines, paragraphs stand between empty lines,
+ * cells are parted by tabs. Style attributes count, hidden elements are left
+ * out, character references are decoded, broken markup is repaired. Line ends
+ * are LF.
+ *
+ * html        the document in UTF-16; NULL is an empty one.
+ * text        receives the text and its zero; NULL asks for the size only.
+ * textLength  in:  room in text, in UTF-16 units.
+ *             out: units needed, terminating zero included, whatever is
+ *                  returned. A NULL is answered with 0.
+ *
+ * Returns 1 copied; 0 TEXT is NULL or too small: nothing is copied.
+ * Throws:  std::bad_alloc.
+ * Since:   1.0
+ */
+MIMORA_API int32_t M_HTMLToText(const char16_t *html, char16_t *text,
+                                uint32_t *textLength);
 
 /* ------------------------------------------------------------------------
  * Streams

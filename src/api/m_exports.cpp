@@ -1,6 +1,7 @@
 // Copyright (c) 2026 the mimora developers.
 //
 // The M_ family: messages and their parts.
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -16,6 +17,7 @@
 #include "api/frame.h"
 #include "codec/encoded_word.h"
 #include "diag/result.h"
+#include "html/html_to_text.h"
 #include "mime/dump.h"
 #include "mime/parser.h"
 
@@ -37,6 +39,16 @@ static_assert(kOk == MIMORA_OK && kReadFailed == MIMORA_E_READ && kWriteFailed =
               kUnclassified == MIMORA_E_UNCLASSIFIED);
 static_assert(kReceiptRequested == MIMORA_FLAG_RECEIPT_REQUESTED && kSigned == MIMORA_FLAG_SIGNED &&
               kPkcs7 == MIMORA_FLAG_PKCS7);
+
+// The copy of a UTF-16 text: 1 copied, 0 no buffer or too small a one. The size that is needed, in
+// units, is stored in any case.
+int32_t CopyUnits(const std::u16string& text, char16_t* buffer, uint32_t* size) {
+  if (size == nullptr) return 0;
+  const bool fits = buffer != nullptr && text.size() < *size;
+  if (fits) std::copy_n(text.c_str(), text.size() + 1, buffer);
+  *size = static_cast<uint32_t>(std::min<size_t>(text.size(), UINT32_MAX - 1) + 1);
+  return fits ? 1 : 0;
+}
 
 // Finds an optional text of a part and copies it out.
 template <typename Find>
@@ -537,4 +549,26 @@ int32_t M_SaveBodyOrBodypartTextToFile(M_Bodypart* part, S_InStream* in4, const 
     ex_pos = 1;
     return SaveText(ToBodypart(part), ToInstream(in4), fileName, bodyOnly != 0, offset, count);
   });
+}
+
+// ---- HTML ---------------------------------------------------------------------------------------
+
+int32_t M_HTMLToText(const char16_t* html, char16_t* text, uint32_t* textLength) {
+  int ex_pos = 1;
+  LogTrace("M_HTMLToText in HTML=%" PRIXPTR ", Text=%" PRIXPTR ", *TextLen=%d",
+           reinterpret_cast<uintptr_t>(html), reinterpret_cast<uintptr_t>(text),
+           textLength != nullptr ? static_cast<int>(*textLength) : 0);
+  try {
+    const std::u16string_view document = html != nullptr ? html : u"";
+    ex_pos = 8;
+    const std::u16string found = HtmlToText(document);
+    ex_pos = 16;
+    const int32_t result = CopyUnits(found, text, textLength);
+    LogTrace("M_HTMLToText out");
+    return result;
+  } catch (...) {
+    LogError("<E> M_HTMLToText 0x%x exception_pos=%d", static_cast<unsigned>(ExceptionCode()),
+             ex_pos);
+    throw;
+  }
 }

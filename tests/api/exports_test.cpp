@@ -147,6 +147,16 @@ TEST(Trace, TellsTheAddressOfANewStream) {
   S_DestroyOutStream(bytes), S_DestroyOutStream(callback);
 }
 
+TEST(Trace, TellsTheArgumentsOfHtml) {
+  constexpr char16_t kHtml[] = u"<p>a";
+  char16_t text[2];
+  uint32_t length = 2;
+  StartTrace();
+  M_HTMLToText(kHtml, text, &length);
+  NameInTrace(kHtml, "HTML"), NameInTrace(text, "TEXT");
+  EXPECT_EQ(trace, "M_HTMLToText in HTML=HTML, Text=TEXT, *TextLen=2\nM_HTMLToText out\n");
+}
+
 // ---- Null handles -------------------------------------------------------------------------------
 
 TEST(NullHandles, AreAnsweredWithTheValueThatStandsForNothingAndDoNoHarm) {
@@ -367,6 +377,37 @@ TEST(S_GetIOError, TellsTheErrorOfAStreamAndZeroForAnythingElse) {
   EXPECT_EQ(S_CopyFromInStreamToOutStream(h.in, out), MIMORA_E_WRITE);
   EXPECT_EQ(S_GetIOError(out), ENOSPC);
   S_DestroyInStream(in), S_DestroyOutStream(out), S_DestroyOutStream(missing);
+}
+
+// ---- HTML ---------------------------------------------------------------------------------------
+
+TEST(HtmlToText, IsCopiedWhenThereIsRoomForItAndItsZero) {
+  constexpr struct {
+    const char* name;
+    const char16_t* html;
+    bool has_buffer;
+    uint32_t room;
+    int32_t result;
+    uint32_t needed;
+    std::u16string_view text;
+  } kCases[] = {
+      {"room", u"<p>ab", true, 4, 1, 3, u"ab"},
+      {"just enough", u"<p>ab", true, 3, 1, 3, u"ab"},
+      {"one short", u"<p>ab", true, 2, 0, 3, u"??"},
+      {"no room", u"<p>ab", true, 0, 0, 3, u"??"},
+      {"no buffer", u"<p>ab", false, 9, 0, 3, u"??"},
+      {"no text", u"<title>ab</title>", true, 1, 1, 1, u""},
+      {"nothing", u"", true, 1, 1, 1, u""},
+      {"no document", nullptr, true, 1, 1, 1, u""},
+  };
+  for (const auto& c : kCases) {
+    char16_t text[] = u"??";
+    uint32_t length = c.room;
+    EXPECT_EQ(M_HTMLToText(c.html, c.has_buffer ? text : nullptr, &length), c.result) << c.name;
+    EXPECT_EQ(length, c.needed) << c.name;
+    EXPECT_EQ(std::u16string_view(text), c.text) << c.name;
+    EXPECT_EQ(M_HTMLToText(c.html, text, nullptr), 0) << c.name;
+  }
 }
 
 // ---- Exceptions ---------------------------------------------------------------------------------
