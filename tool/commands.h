@@ -19,6 +19,7 @@ void AddTextCommand(CLI::App& app, Output& out, int& status);
 void AddAttachmentsCommand(CLI::App& app, Output& out, int& status);
 void AddExtractCommand(CLI::App& app, Output& out, int& status);
 void AddSaveCommand(CLI::App& app, Output& out, int& status);
+void AddHtml2TextCommand(CLI::App& app, Output& out, int& status);
 
 // The message files that most commands take.
 void AddFiles(CLI::App& command, std::vector<std::string>& files);

@@ -26,6 +26,21 @@ Character FirstAscii(std::string_view text) {
   return byte < 0x80 ? Character{byte, 1} : Character{};
 }
 
+// The locale is in force during the call only: nothing else here may depend on it, least of all
+// how header names are compared.
+Character FirstOfLocale(std::string_view text, locale_t locale) {
+  const locale_t before = ::uselocale(locale);
+  std::mbstate_t state{};
+  wchar_t code = 0;
+  const std::size_t length = std::mbrtowc(&code, text.data(), text.size(), &state);
+  ::uselocale(before);
+  // Its failures are numbers beyond any text.
+  if (length > text.size()) return {};
+  return {static_cast<char32_t>(code), std::max<std::size_t>(length, 1)};
+}
+
+}  // namespace
+
 // Overlong forms, surrogates and numbers past U+10FFFF are not proper.
 Character FirstUtf8(std::string_view text) {
   const auto lead = static_cast<unsigned char>(text.front());
@@ -42,21 +57,6 @@ Character FirstUtf8(std::string_view text) {
   if (code < kLeast[length - 2] || code > 0x10FFFF || surrogate) return {};
   return {code, length};
 }
-
-// The locale is in force during the call only: nothing else here may depend on it, least of all
-// how header names are compared.
-Character FirstOfLocale(std::string_view text, locale_t locale) {
-  const locale_t before = ::uselocale(locale);
-  std::mbstate_t state{};
-  wchar_t code = 0;
-  const std::size_t length = std::mbrtowc(&code, text.data(), text.size(), &state);
-  ::uselocale(before);
-  // Its failures are numbers beyond any text.
-  if (length > text.size()) return {};
-  return {static_cast<char32_t>(code), std::max<std::size_t>(length, 1)};
-}
-
-}  // namespace
 
 LocaleCharset::LocaleCharset() : name_(kUtf8), locale_(::newlocale(LC_CTYPE_MASK, "", nullptr)) {
   if (locale_ == nullptr) return;

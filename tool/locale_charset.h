@@ -15,6 +15,9 @@ struct Character {
   std::size_t length = 0;  // in bytes; 0: the text does not begin with a character of the set
 };
 
+// The first character of a text in UTF-8, which is not empty.
+Character FirstUtf8(std::string_view text);
+
 // The character set of the user's locale. One that the library cannot translate to (that of the
 // locale C is such a one) counts as ASCII.
 class LocaleCharset {

@@ -31,6 +31,7 @@ int Run(int argc, const char* const* argv, Output& out) {
   AddAttachmentsCommand(app, out, status);
   AddExtractCommand(app, out, status);
   AddSaveCommand(app, out, status);
+  AddHtml2TextCommand(app, out, status);
   // Set last: commands take over the footer that stands when they are added.
   app.footer(
       "Examples:\n"
@@ -40,6 +41,7 @@ int Run(int argc, const char* const* argv, Output& out) {
       "  mimora attachments --json *.eml           what is attached, for programs\n"
       "  mimora extract -o files letter.eml        everything in it, as files\n"
       "  mimora save --part 2 -o a.pdf letter.eml  one part\n"
+      "  mimora html2text page.html                the visible text of a page\n"
       "  fetch-mail | mimora show -                a message from the standard input\n"
       "\n"
       "Exit status: 0; 1 a message could not be read as asked; 2 wrong usage.");
