@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <new>
 #include <optional>
 #include <string_view>
 #include <type_traits>
@@ -33,19 +32,6 @@ inline Moutstream* ToOutstream(S_OutStream* handle) {
 inline S_OutStream* ToHandle(Moutstream* out) { return reinterpret_cast<S_OutStream*>(out); }
 
 // ---- Passage ----------------------------------------------------------------------------------
-
-// A number for the exception that is being handled, for the log.
-inline int32_t ExceptionCode() {
-  constexpr int32_t kOutOfMemory = 12;
-  constexpr int32_t kOther = 1;
-  try {
-    throw;
-  } catch (const std::bad_alloc&) {
-    return kOutOfMemory;
-  } catch (...) {
-    return kOther;
-  }
-}
 
 // Runs an export's work between its "in" and "out" lines. An exception is logged with the progress
 // number that the work keeps, and goes on to the caller; the "out" line is then left out, so the

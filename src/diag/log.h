@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,19 @@ using TraceCallback = void (*)(const char* line);
 // decides is the one of LogTrace: a process whose first trace is a dump traces everything.
 [[gnu::format(printf, 3, 4)]] void LogTraceWithData(const void* data, int64_t size,
                                                     const char* format, ...);
+
+// A number for the exception that is being handled, for the log.
+inline int32_t ExceptionCode() {
+  constexpr int32_t kOutOfMemory = 12;
+  constexpr int32_t kOther = 1;
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return kOutOfMemory;
+  } catch (...) {
+    return kOther;
+  }
+}
 
 // Null switches back to the file.
 void SetTraceCallback(TraceCallback callback);
