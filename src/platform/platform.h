@@ -33,8 +33,16 @@ const void* ThreadToken();
 
 struct LocalTime {
   int year, month, day, hour, minute, second;  // month and day counted from 1
+  int weekday;                                 // counted from 0, Sunday
 };
 LocalTime Now();
+
+// A time in seconds since 1970 began. Like TimeZoneBias it looks whether the zone (TZ) has changed.
+LocalTime LocalTimeOf(int64_t time);
+
+// What has to be added to the local time of now, in minutes, to get UTC: positive west of
+// Greenwich. An unknown zone is UTC.
+int32_t TimeZoneBias();
 
 // Reads the four bytes at an address that may be anything at all. False when they cannot be read.
 bool ReadWord(const void* address, uint32_t& word);

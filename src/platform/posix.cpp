@@ -35,6 +35,18 @@ int Refuse(int file, int error) {
   return kNoFile;
 }
 
+// In the zone that was last set; all zeros for a time that has no date.
+tm Local(time_t time) {
+  tm local{};
+  localtime_r(&time, &local);
+  return local;
+}
+
+LocalTime ToLocalTime(const tm& local) {
+  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+          local.tm_min,         local.tm_sec,     local.tm_wday};
+}
+
 std::string TemporaryDirectory() {
   const char* directory = secure_getenv("TMPDIR");
   if (directory == nullptr || *directory == '\0') directory = P_tmpdir;
@@ -78,12 +90,16 @@ const void* ThreadToken() {
   return &token;
 }
 
-LocalTime Now() {
-  const time_t now = time(nullptr);
-  tm local{};
-  localtime_r(&now, &local);
-  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-          local.tm_hour,        local.tm_min,     local.tm_sec};
+LocalTime Now() { return ToLocalTime(Local(time(nullptr))); }
+
+LocalTime LocalTimeOf(int64_t time) {
+  tzset();
+  return ToLocalTime(Local(time));
+}
+
+int32_t TimeZoneBias() {
+  tzset();
+  return static_cast<int32_t>(-Local(time(nullptr)).tm_gmtoff / 60);
 }
 
 namespace {
