@@ -1263,6 +1263,139 @@ MIMORA_API int32_t P_GetExtensionFromMimeType(const char *contentType,
                                               char *buffer, uint32_t size);
 
 /* ------------------------------------------------------------------------
+ * Procedures: compression and checksums
+ * --------------------------------------------------------------------- */
+
+/*
+ * Compresses a block. The output is the same on every machine and in every
+ * version, so compressed blocks can be stored and compared. It does not carry
+ * its own size: keep that with it.
+ *
+ * in      the block.
+ * out     receives at most 1 + inSize + inSize / 256 bytes; must not overlap IN.
+ * inSize  bytes in the block.
+ *
+ * Returns the number of bytes written; 0 for an empty block.
+ * Memory:  works with up to 8 MB of its own; without them it takes longer.
+ * Since:   1.0
+ */
+MIMORA_API uint32_t P_LZ_Compress(const void *in, void *out, uint32_t inSize);
+
+/*
+ * Uncompresses what P_LZ_Compress wrote. Call it with OUT NULL first: the answer
+ * is the room that OUT needs. A damaged block does no harm: nothing behind it is
+ * read, and what is written is never more than was counted. It stops where the
+ * block ends, at a match that begins in front of the output, and in front of
+ * what would make the output larger than 4 GiB. Where a match has the offset 0,
+ * the bytes in OUT stay what they were.
+ *
+ * in      the compressed block.
+ * out     receives the bytes; NULL: they are only counted.
+ * inSize  bytes in the compressed block.
+ *
+ * Returns the number of uncompressed bytes.
+ * Since:   1.0
+ */
+MIMORA_API uint32_t P_LZ_Uncompress(const void *in, void *out, uint32_t inSize);
+
+/*
+ * Computes the CRC-32 of IEEE 802.3 (polynomial 0xEDB88320, start 0xFFFFFFFF)
+ * without the inversion at the end: the complement of the usual value.
+ *
+ * data    the bytes.
+ * length  their number, modulo 65,536: of 65,536 bytes none counts, of 70,000
+ *         the first 4,464.
+ *
+ * Returns the checksum; 0xFFFFFFFF for no bytes. "123456789" gives 0x340BC6D9.
+ * Since:   1.0
+ */
+MIMORA_API uint32_t P_CRC32(const void *data, uint32_t length);
+
+/*
+ * Computes the digest MD5 (RFC 1321) as text, in a form that is kept for the sake
+ * of stored digests: bytes below 0x80 are two lower-case hexadecimal digits,
+ * bytes from 0x80 on are "ff"; but the last byte, when it is one of these, is
+ * "ffffff" and its two digits. P_MD5SumBin gives the digest itself.
+ *
+ * data    the bytes.
+ * length  their number.
+ * text    receives 32 or 38 characters and a zero: room for 39 bytes.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void P_MD5Sum(const void *data, uint32_t length, char *text);
+
+/*
+ * Computes the digest MD5 (RFC 1321).
+ *
+ * data    the bytes.
+ * length  their number.
+ * digest  receives 16 bytes.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void P_MD5SumBin(const void *data, uint32_t length,
+                            unsigned char *digest);
+
+/* ------------------------------------------------------------------------
+ * Procedures: dates and URLs
+ * --------------------------------------------------------------------- */
+
+/*
+ * Reads a date as mail headers write it: "Sat, 14 Nov 2009 10:20:30 +0100". What
+ * stands in front of the day is passed over, seconds and zone may be missing.
+ * Years of two digits are 1950 to 2049. A zone is an offset or one of 51 names
+ * in upper case ("EST"); one that is not known counts as UTC. Days, minutes and
+ * seconds beyond their range carry over.
+ *
+ * text    the date; NULL is no date.
+ *
+ * Returns seconds since 1970 began, UTC, modulo 2^32; 0 for a text that is no
+ *         date and for a time before 1970. It writes no lines into the trace.
+ * Since:   1.0
+ */
+MIMORA_API uint32_t P_RFC822DateTimeStr2time_t(const char *text);
+
+/*
+ * Writes a time as local date and time (TZ): "Sat, 14 Nov 2009 9:05:07 -0100".
+ * The zone behind it is the one in force now, with the sign of what has to be
+ * added to get UTC: "-" east of Greenwich. That is the opposite of what mail
+ * means by it, and of what P_RFC822DateTimeStr2time_t reads.
+ *
+ * buffer  receives the text and its zero: room for 40 bytes.
+ * time    seconds since 1970 began, UTC.
+ *
+ * Returns BUFFER.
+ * Since:   1.0
+ */
+MIMORA_API char *P_time_t2RFC822DateTimeStr(char *buffer, uint32_t time);
+
+/*
+ * Replaces the characters ":% ?+&=" by a percent sign and two lower-case
+ * hexadecimal digits; all other bytes stay. A sized copy (convention 4) that
+ * tells by *SIZE alone whether it was made: it then keeps its value.
+ *
+ * input   the text; NULL is empty.
+ * output  receives the text; NULL asks for the size only. It may be INPUT.
+ * size    in:  room in OUTPUT, in bytes.
+ *         out: bytes needed, zero included, when nothing was copied.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void P_EscapeURL(const char *input, char *output, uint32_t *size);
+
+/*
+ * Undoes it: a percent sign and two characters become a byte, "+" a space. A
+ * character that is no hexadecimal digit, or missing, counts as 0; a percent
+ * sign at the very end stays.
+ *
+ * Arguments are those of P_EscapeURL.
+ *
+ * Since:   1.0
+ */
+MIMORA_API void P_UnEscapeURL(const char *input, char *output, uint32_t *size);
+
+/* ------------------------------------------------------------------------
  * Procedures: the library itself
  * --------------------------------------------------------------------- */
 

@@ -319,6 +319,57 @@ TEST(M_BodypartHeaderFieldByIndex, WritesOneByteMoreThanItsSizeSays) {
   EXPECT_EQ(std::string(text, 9), std::string("To: abc\0d", 9));
 }
 
+// ---- Procedures on plain data -------------------------------------------------------------------
+
+TEST(Procedures, AnswerAndTraceTheirCalls) {
+  const char in[] = "abcdabcd";
+  char text[8] = {}, block[10] = {}, plain[9] = {}, date[40] = {}, sum[39] = {};
+  unsigned char digest[17] = {};
+  ::setenv("TZ", "UTC", 1);
+  StartTrace();
+  EXPECT_EQ(P_LZ_Compress(in, block, 8), 8u);
+  EXPECT_EQ(P_LZ_Uncompress(block, nullptr, 8), 8u);
+  EXPECT_EQ(P_LZ_Uncompress(block, plain, 8), 8u);
+  EXPECT_STREQ(plain, in);
+  EXPECT_EQ(P_CRC32("123456789", 9), 0x340BC6D9u);
+  EXPECT_EQ(P_CRC32("123456789", 0x10009), 0x340BC6D9u) << "only 16 bits of the length count";
+  EXPECT_EQ(P_CRC32("123456789", 0x10000), 0xFFFFFFFFu);
+  P_MD5Sum("b", 1, sum), P_MD5SumBin("b", 1, digest);
+  EXPECT_STREQ(sum, "ffff5fffffff2fff3aff1c77753157ffffff8f");
+  EXPECT_EQ(digest[0] << 8 | digest[15], 0x928F);
+  EXPECT_EQ(digest[16], 0);
+  EXPECT_EQ(P_RFC822DateTimeStr2time_t("1 Jan 1970 0:01 GMT"), 60u);
+  EXPECT_EQ(P_time_t2RFC822DateTimeStr(date, 60), date);
+  EXPECT_STREQ(date, "Thu, 1 Jan 1970 0:01:00 +0000");
+  P_EscapeURL("a b", text, &(size = 5)), P_UnEscapeURL("a+b", text, &(size = 4));
+  EXPECT_STREQ(text, "a b");
+  NameInTrace(in, "IN"), NameInTrace(block, "BLOCK");
+  EXPECT_EQ(trace,
+            "P_LZ_Compress in in=IN, out=BLOCK, insize=8\nP_LZ_Compress out\n"
+            "P_LZ_Uncompress in\nP_LZ_Uncompress out\nP_LZ_Uncompress in\nP_LZ_Uncompress out\n"
+            "P_CRC32 in\nP_CRC32 out\nP_CRC32 in\nP_CRC32 out\nP_CRC32 in\nP_CRC32 out\n"
+            "P_MD5Sum in\nP_MD5Sum out\nP_MD5SumBin in\nP_MD5SumBin out\n"
+            "P_time_t2RFC822DateTimeStr in\nP_time_t2RFC822DateTimeStr out\n"
+            "P_EscapeURL in\nP_EscapeURL out\nP_UnEscapeURL in\nP_UnEscapeURL out\n");
+}
+
+TEST(Procedures, OnUrlsCopyWhatFitsAndTellTheSizeOfWhatDoesNot) {
+  for (const auto copy : {P_EscapeURL, P_UnEscapeURL}) {
+    char text[] = "#####";
+    for (char* const output : {static_cast<char*>(nullptr), text}) {
+      copy("abc", output, &(size = 3));
+      EXPECT_EQ(size, 4u);
+    }
+    copy("abc", text, nullptr);
+    EXPECT_STREQ(text, "#####");
+    copy("abc", text, &(size = 5));
+    EXPECT_EQ(size, 5u);
+    EXPECT_EQ(std::string(text, 5), std::string("abc\0#", 5));
+    copy(nullptr, text, &(size = 1));
+    EXPECT_STREQ(text, "");
+  }
+}
+
 // ---- Streams ------------------------------------------------------------------------------------
 
 std::string_view BytesOf(S_OutStream* out) {
