@@ -34,8 +34,9 @@
  *     the MIMORA_E_ codes below.
  *
  *  7. Memory. Nothing that is handed out is ever freed by the caller, except
- *     handles through their destroy functions. Bodies are never copied: a
- *     message refers to its input stream, which must outlive it.
+ *     handles through their destroy functions and lists through their P_Free
+ *     functions. Bodies are never copied: a message refers to its input stream,
+ *     which must outlive it.
  *
  *  8. Threads. Functions may run at the same time on different objects. One
  *     object belongs to one thread at a time, but several threads may read one
@@ -142,6 +143,14 @@ typedef void(MIMORA_CALL *P_TraceProc)(const char *line);
 #define MIMORA_E_HEADER_CUT 0x2000025B   /* data ended inside the header; kept */
 #define MIMORA_E_HEADER_ODD 0x2000025C   /* reserved: no call answers it */
 #define MIMORA_E_NO_BOUNDARY 0x2000025D  /* multipart without boundary; kept */
+#define MIMORA_E_STORE 0x200002BC        /* certificate store unreadable */
+#define MIMORA_E_CERTIFICATE 0x200002BD  /* no such certificate in the store */
+#define MIMORA_E_PRIVATE_KEY 0x200002BE  /* no private key for the certificate */
+#define MIMORA_E_PASSWORD 0x200002BF     /* the password does not open it */
+#define MIMORA_E_CERTIFICATE_TIME 0x200002C0 /* certificate not valid now */
+#define MIMORA_E_ALGORITHM 0x200002C1    /* algorithm unknown or refused */
+#define MIMORA_E_ENGINE 0x200002C2       /* OpenSSL failed: the log tells why */
+#define MIMORA_E_CERTIFICATE_PURPOSE 0x200002C3 /* certificate not made for it */
 #define MIMORA_E_UNCLASSIFIED 0x200003E7 /* any other failure */
 
 /* Flags of M_GetBodypartFlags. */
@@ -1394,6 +1403,177 @@ MIMORA_API void P_EscapeURL(const char *input, char *output, uint32_t *size);
  * Since:   1.0
  */
 MIMORA_API void P_UnEscapeURL(const char *input, char *output, uint32_t *size);
+
+/* ------------------------------------------------------------------------
+ * Procedures: signing and encrypting (S/MIME, RFC 8551)
+ *
+ * STORE is a directory: all PEM files in it (certificates, private keys, or
+ * both), and all PKCS #12 files (.p12, .pfx), are read, subdirectories are not;
+ * it is read anew in each call. NULL: what the environment variable
+ * MIMORA_CERT_STORE or the line Cert_Store= of /etc/mimora.conf names, else
+ * /etc/mimora/certs. A private key belongs to the certificate with its public
+ * key, whatever the files are called. Files that are broken, or larger than
+ * 4 MB, are passed over.
+ *
+ * A certificate is named by its id (the SHA-256 of its DER form in hexadecimal,
+ * or a beginning of that which no other certificate has), or by an e-mail
+ * address in it, in any case. Of several with one address the best one counts:
+ * made for the purpose, valid now, with its private key for signing, the newest.
+ *
+ * OpenSSL does the work in a context of its own: the host's providers, settings
+ * and error queue are not touched. Passwords are not copied, copies of keys are
+ * wiped when a call ends, and neither reaches the log. These functions may run
+ * at the same time in any threads.
+ * --------------------------------------------------------------------- */
+
+#define MIMORA_ALGORITHM_ANY 0u
+#define MIMORA_ALGORITHM_HASH 1u
+#define MIMORA_ALGORITHM_CIPHER 2u
+
+typedef struct P_Algorithm {
+  char name[32];    /* "SHA256", "AES-256-CBC" */
+  uint32_t keyBits; /* of a cipher's key; of a hash, of its digest */
+  uint32_t kind;    /* MIMORA_ALGORITHM_HASH or MIMORA_ALGORITHM_CIPHER */
+} P_Algorithm;
+
+/* Bits of P_Certificate.flags. */
+#define MIMORA_CERTIFICATE_KEY 1u          /* its private key is in the store */
+#define MIMORA_CERTIFICATE_SIGN 2u         /* made for signing */
+#define MIMORA_CERTIFICATE_ENCRYPT 4u      /* made for encrypting */
+#define MIMORA_CERTIFICATE_OUTSIDE_TIME 8u /* not valid now */
+
+/* Texts are UTF-8 and cut to fit. */
+typedef struct P_Certificate {
+  char id[65];
+  char subject[256]; /* as in RFC 2253 */
+  char issuer[256];
+  char email[256];             /* the first one; empty when there is none */
+  int64_t notBefore, notAfter; /* seconds since 1970 began, UTC */
+  uint32_t flags;              /* MIMORA_CERTIFICATE_... */
+} P_Certificate;
+
+#define MIMORA_PURPOSE_ANY 0u
+#define MIMORA_PURPOSE_SIGN 1u    /* may sign, and its private key is there */
+#define MIMORA_PURPOSE_ENCRYPT 2u /* may encrypt */
+
+/*
+ * Lists the algorithms that P_SignData and P_EncryptData know.
+ *
+ * kind  MIMORA_ALGORITHM_...; ANY lists all.
+ * list  receives the list, which P_FreeAlgorithmList takes back.
+ *
+ * Returns their number; -1 when KIND is none of these or LIST is NULL.
+ * Throws:  std::bad_alloc.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_GetAlgorithmList(uint32_t kind, P_Algorithm **list);
+
+/* Takes back a list; NULL is ignored. Since: 1.0 */
+MIMORA_API void P_FreeAlgorithmList(P_Algorithm *list);
+
+/*
+ * Lists the certificates of a store that serve a purpose, those that are not
+ * valid now included. What only a password opens is missing, but a private key
+ * with a password counts as that of the first certificate in its own file.
+ *
+ * store    see above.
+ * purpose  MIMORA_PURPOSE_...; the list for any other number is empty.
+ * list     receives the list, which P_FreeCertificatesList takes back; NULL after
+ *          a failure.
+ * count    receives the number of certificates in it.
+ *
+ * Returns MIMORA_OK; MIMORA_E_STORE; MIMORA_E_ENGINE; MIMORA_E_UNCLASSIFIED when
+ *         LIST or COUNT is NULL.
+ * Throws:  std::bad_alloc.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_GetCertificatesList(const char *store, uint32_t purpose,
+                                         P_Certificate **list, uint32_t *count);
+
+/* Takes back a list; NULL is ignored. Since: 1.0 */
+MIMORA_API void P_FreeCertificatesList(P_Certificate *list, uint32_t count);
+
+/*
+ * Describes a certificate to people: lines in English, UTF-8, with names and
+ * addresses, serial number, time, key and use. The form of the text is not for
+ * programs. A sized copy (convention 4).
+ *
+ * store        see above.
+ * certificate  its name, see above.
+ *
+ * Returns 0 copied; 1 BUFFER is NULL or too small; -1 there is no such
+ *         certificate, or no such store.
+ * Throws:  std::bad_alloc.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_SMimeGetCertInfo(const char *store, const char *certificate,
+                                      char *buffer, uint32_t *size);
+
+/*
+ * Signs a MIME entity and writes it as another one, beginning with its
+ * Content-Type line: what the message had as its Content- fields and its body is
+ * to be signed, its other fields then go in front of what is written.
+ *
+ * message    the entity: header fields, an empty line, the body. All its line
+ *            ends become CR LF first.
+ * store      see above.
+ * signer     the name of the certificate.
+ * password   opens its private key; NULL: it needs none.
+ * hashName   of P_GetAlgorithmList, in any case; NULL: SHA256.
+ * detached   1: a multipart/signed, which everybody can read; 0: an
+ *            application/x-pkcs7-mime, which survives careless mail software.
+ * out        receives the entity. The signer's certificate is in it, and those
+ *            of the store that lead to its root.
+ *
+ * Returns MIMORA_OK; before anything is written MIMORA_E_ALGORITHM,
+ *         MIMORA_E_STORE, MIMORA_E_CERTIFICATE, MIMORA_E_CERTIFICATE_PURPOSE,
+ *         MIMORA_E_CERTIFICATE_TIME, MIMORA_E_PRIVATE_KEY; MIMORA_E_PASSWORD: it
+ *         opens no private key of the certificate, or not the file in which the
+ *         certificate may be; MIMORA_E_ENGINE, also for 2 GiB and more;
+ *         MIMORA_E_NOT_OPEN: OUT is NULL or not open. MIMORA_E_WRITE: OUT failed.
+ * Throws:  std::bad_alloc.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_SignData(const char *message, const char *store,
+                              const char *signer, const char *password,
+                              const char *hashName, int32_t detached,
+                              S_OutStream *out);
+
+/* P_EncryptData: pad as RFC 8017 7.1 has it where the recipient's key is RSA.
+ * Safer, but not all mail software reads it. */
+#define MIMORA_ENCRYPT_OAEP 1u
+
+/* What failedRecipient receives when no recipient is to blame. */
+#define MIMORA_NO_RECIPIENT 0xFFFFFFFFu
+
+/*
+ * Encrypts a MIME entity and writes it as another one (application/x-pkcs7-mime),
+ * beginning with its Content-Type line. It may be one that P_SignData wrote.
+ *
+ * message          the entity, see P_SignData.
+ * store            see above. No private key is needed.
+ * recipients       names of certificates, zero-terminated, one behind the other,
+ *                  with an empty one at the end.
+ * cipherName       of P_GetAlgorithmList, in any case; "AES" is AES-CBC with
+ *                  KEYBITS; NULL: AES-256-CBC, or AES-CBC with KEYBITS.
+ * keyBits          size of the key; 0 when the name tells it.
+ * flags            MIMORA_ENCRYPT_OAEP, or 0.
+ * failedRecipient  receives the number of the recipient, counted from 0, that the
+ *                  result is about, else MIMORA_NO_RECIPIENT; may be NULL.
+ * out              receives the entity.
+ *
+ * Returns MIMORA_OK; before anything is written MIMORA_E_ALGORITHM,
+ *         MIMORA_E_STORE, MIMORA_E_CERTIFICATE (also when there is no recipient),
+ *         MIMORA_E_CERTIFICATE_PURPOSE, MIMORA_E_CERTIFICATE_TIME,
+ *         MIMORA_E_ENGINE, also for 2 GiB and more; MIMORA_E_NOT_OPEN: OUT is
+ *         NULL or not open. MIMORA_E_WRITE: OUT failed.
+ * Throws:  std::bad_alloc.
+ * Since:   1.0
+ */
+MIMORA_API int32_t P_EncryptData(const char *message, const char *store,
+                                 const char *recipients, const char *cipherName,
+                                 uint32_t keyBits, uint32_t flags,
+                                 uint32_t *failedRecipient, S_OutStream *out);
 
 /* ------------------------------------------------------------------------
  * Procedures: the library itself

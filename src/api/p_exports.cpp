@@ -10,6 +10,8 @@
 #include "codec/quoted_printable.h"
 #include "diag/global_params.h"
 #include "html/html_charset.h"
+#include "smime/sign_encrypt.h"
+#include "smime/smime_orv.h"
 #include "util/crc32.h"
 #include "util/lz.h"
 #include "util/md5.h"
@@ -32,6 +34,69 @@ void RunStreamCoder(const char* name, S_InStream* in, S_OutStream* out, Coder co
 
 std::string_view BytesOrEmpty(const void* data, uint32_t length) {
   return data != nullptr ? std::string_view(static_cast<const char*>(data), length) : "";
+}
+
+static_assert(kStoreUnreadable == MIMORA_E_STORE && kCertificateNotFound == MIMORA_E_CERTIFICATE &&
+              kNoPrivateKey == MIMORA_E_PRIVATE_KEY && kWrongPassword == MIMORA_E_PASSWORD &&
+              kCertificateOutsideTime == MIMORA_E_CERTIFICATE_TIME &&
+              kAlgorithmRefused == MIMORA_E_ALGORITHM && kEngineFailed == MIMORA_E_ENGINE &&
+              kCertificatePurpose == MIMORA_E_CERTIFICATE_PURPOSE);
+
+P_Algorithm ToPublic(const Algorithm& algorithm) {
+  P_Algorithm made = {};
+  CopyCut(algorithm.name, made.name, sizeof made.name);
+  made.keyBits = algorithm.bits;
+  made.kind = static_cast<uint32_t>(algorithm.kind);
+  return made;
+}
+
+// Cuts in front of a character of UTF-8, not in it.
+template <size_t kSize>
+void CopyCharacters(std::string_view text, char (&buffer)[kSize]) {
+  if (text.size() >= kSize) {
+    size_t size = kSize - 1;
+    while (size > 0 && (text[size] & 0xC0) == 0x80) --size;
+    text = text.substr(0, size);
+  }
+  CopyCut(text, buffer, kSize);
+}
+
+P_Certificate ToPublic(const StoredCertificate& stored) {
+  const X509& x509 = *stored.certificate;
+  P_Certificate made = {};
+  CopyCharacters(stored.id, made.id);
+  CopyCharacters(NameText(X509_get_subject_name(&x509)), made.subject);
+  CopyCharacters(NameText(X509_get_issuer_name(&x509)), made.issuer);
+  if (!stored.addresses.empty()) CopyCharacters(stored.addresses.front(), made.email);
+  made.notBefore = stored.validity.not_before;
+  made.notAfter = stored.validity.not_after;
+  made.flags = (stored.has_key ? MIMORA_CERTIFICATE_KEY : 0) |
+               (MaySign(x509) ? MIMORA_CERTIFICATE_SIGN : 0) |
+               (MayEncrypt(x509) ? MIMORA_CERTIFICATE_ENCRYPT : 0) |
+               (stored.validity.IncludesNow() ? 0 : MIMORA_CERTIFICATE_OUTSIDE_TIME);
+  return made;
+}
+
+bool Serves(const P_Certificate& certificate, uint32_t purpose) {
+  constexpr uint32_t kSigner = MIMORA_CERTIFICATE_KEY | MIMORA_CERTIFICATE_SIGN;
+  switch (purpose) {
+    case MIMORA_PURPOSE_ANY:
+      return true;
+    case MIMORA_PURPOSE_SIGN:
+      return (certificate.flags & kSigner) == kSigner;
+    case MIMORA_PURPOSE_ENCRYPT:
+      return (certificate.flags & MIMORA_CERTIFICATE_ENCRYPT) != 0;
+    default:
+      return false;
+  }
+}
+
+// Zero-terminated names one after the other, an empty one at the end.
+std::vector<std::string_view> SplitNames(const char* names) {
+  std::vector<std::string_view> split;
+  for (; names != nullptr && *names != '\0'; names += split.back().size() + 1)
+    split.emplace_back(names);
+  return split;
 }
 
 }  // namespace
@@ -143,6 +208,91 @@ void P_EscapeURL(const char* input, char* output, uint32_t* size) {
 
 void P_UnEscapeURL(const char* input, char* output, uint32_t* size) {
   RunExport("P_UnEscapeURL", [&](int&) { CopyOut(UnEscapeUrl(TextOrEmpty(input)), output, size); });
+}
+
+// ---- Signing and encrypting --------------------------------------------------------------------
+
+int32_t P_GetAlgorithmList(uint32_t kind, P_Algorithm** list) {
+  return RunExport("P_GetAlgorithmList", [&](int&) -> int32_t {
+    if (list == nullptr || kind > MIMORA_ALGORITHM_CIPHER) return -1;
+    int32_t count = 0;
+    *list = new P_Algorithm[std::size(kAlgorithms)]();
+    for (const Algorithm& algorithm : kAlgorithms) {
+      const auto algorithm_kind = static_cast<uint32_t>(algorithm.kind);
+      if (kind == MIMORA_ALGORITHM_ANY || kind == algorithm_kind)
+        (*list)[count++] = ToPublic(algorithm);
+    }
+    return count;
+  });
+}
+
+void P_FreeAlgorithmList(P_Algorithm* list) {
+  RunExport("P_FreeAlgorithmList", [list](int&) { delete[] list; });
+}
+
+int32_t P_GetCertificatesList(const char* store, uint32_t purpose, P_Certificate** list,
+                              uint32_t* count) {
+  return RunExport("P_GetCertificatesList", [&](int&) -> int32_t {
+    if (list == nullptr || count == nullptr) return kUnclassified;
+    *list = nullptr;
+    *count = 0;
+    SMimeOrv engine(store);
+    if (const Result result = engine.Open()) return result;
+    const auto& certificates = engine.Store().Certificates();
+    auto found = std::make_unique<P_Certificate[]>(certificates.size());
+    for (const StoredCertificate& certificate : certificates) {
+      found[*count] = ToPublic(certificate);
+      *count += Serves(found[*count], purpose) ? 1 : 0;
+    }
+    *list = found.release();
+    return kOk;
+  });
+}
+
+void P_FreeCertificatesList(P_Certificate* list, uint32_t) {
+  RunExport("P_FreeCertificatesList", [list](int&) { delete[] list; });
+}
+
+int32_t P_SMimeGetCertInfo(const char* store, const char* certificate, char* buffer,
+                           uint32_t* size) {
+  return RunExport("P_SMimeGetCertInfo", [&](int&) -> int32_t {
+    SMimeOrv engine(store);
+    const StoredCertificate* found = nullptr;
+    if (engine.Open() == kOk) engine.Store().Find(TextOrEmpty(certificate), Purpose::kAny, found);
+    if (found == nullptr) return -1;
+    return CopyOut(DescribeCertificate(*found->certificate, found->id, found->has_key), buffer,
+                   size);
+  });
+}
+
+int32_t P_SignData(const char* message, const char* store, const char* signer, const char* password,
+                   const char* hashName, int32_t detached, S_OutStream* out) {
+  return RunExport("P_SignData", [&](int& ex_pos) -> int32_t {
+    NoteOutstream(out);
+    ex_pos = 1;
+    if (out == nullptr || !ToOutstream(out)->IsOpen()) return kNotOpen;
+    const SignOptions options = {store, password, TextOrEmpty(signer), TextOrEmpty(hashName),
+                                 detached != 0};
+    return SignData(TextOrEmpty(message), options, *ToOutstream(out));
+  });
+}
+
+int32_t P_EncryptData(const char* message, const char* store, const char* recipients,
+                      const char* cipherName, uint32_t keyBits, uint32_t flags,
+                      uint32_t* failedRecipient, S_OutStream* out) {
+  return RunExport("P_EncryptData", [&](int& ex_pos) -> int32_t {
+    NoteOutstream(out);
+    ex_pos = 1;
+    uint32_t failed = MIMORA_NO_RECIPIENT;
+    Result result = kNotOpen;
+    if (out != nullptr && ToOutstream(out)->IsOpen()) {
+      const EncryptOptions options = {store, SplitNames(recipients), TextOrEmpty(cipherName),
+                                      keyBits, (flags & MIMORA_ENCRYPT_OAEP) != 0};
+      result = EncryptData(TextOrEmpty(message), options, failed, *ToOutstream(out));
+    }
+    if (failedRecipient != nullptr) *failedRecipient = failed;
+    return result;
+  });
 }
 
 // ---- The library itself -------------------------------------------------------------------------

@@ -43,6 +43,9 @@ constexpr size_t kLongestHeldBlanks = 4096;
 // columns.
 constexpr size_t kDeepestElement = 512;
 
+// A larger file in a certificate store is passed over.
+constexpr size_t kLargestKeyFile = 4 << 20;
+
 }  // namespace mimora
 
 #endif  // MIMORA_DIAG_LIMITS_H_

@@ -30,6 +30,14 @@ enum Result : int32_t {
   kHeaderCut = 0x2000025B,     // the data ended inside a header, which is kept
   kHeaderOdd = 0x2000025C,     // reserved for further header faults that are tolerated
   kNoBoundary = 0x2000025D,    // a multipart without a boundary is one opaque body
+  kStoreUnreadable = 0x200002BC,
+  kCertificateNotFound = 0x200002BD,
+  kNoPrivateKey = 0x200002BE,
+  kWrongPassword = 0x200002BF,
+  kCertificateOutsideTime = 0x200002C0,
+  kAlgorithmRefused = 0x200002C1,
+  kEngineFailed = 0x200002C2,
+  kCertificatePurpose = 0x200002C3,
   kUnclassified = 0x200003E7,
 };
 
