@@ -33,4 +33,12 @@ CLI::Option* AddPart(CLI::App& command, std::string& number) {
       ->check(CheckPartNumber);
 }
 
+void AddStore(CLI::App& command, std::string& directory) {
+  command
+      .add_option("--store", directory,
+                  "Directory of certificates and keys; without it $MIMORA_CERT_STORE, else "
+                  "/etc/mimora/certs")
+      ->type_name("DIR");
+}
+
 }  // namespace mimora::tool

@@ -20,12 +20,18 @@ void AddAttachmentsCommand(CLI::App& app, Output& out, int& status);
 void AddExtractCommand(CLI::App& app, Output& out, int& status);
 void AddSaveCommand(CLI::App& app, Output& out, int& status);
 void AddHtml2TextCommand(CLI::App& app, Output& out, int& status);
+void AddSignCommand(CLI::App& app, Output& out, int& status);
+void AddEncryptCommand(CLI::App& app, Output& out, int& status);
+void AddCertsCommand(CLI::App& app, Output& out, int& status);
 
 // The message files that most commands take.
 void AddFiles(CLI::App& command, std::vector<std::string>& files);
 
 // The option --part.
 CLI::Option* AddPart(CLI::App& command, std::string& number);
+
+// The option --store.
+void AddStore(CLI::App& command, std::string& directory);
 
 }  // namespace mimora::tool
 

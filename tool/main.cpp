@@ -32,6 +32,9 @@ int Run(int argc, const char* const* argv, Output& out) {
   AddExtractCommand(app, out, status);
   AddSaveCommand(app, out, status);
   AddHtml2TextCommand(app, out, status);
+  AddSignCommand(app, out, status);
+  AddEncryptCommand(app, out, status);
+  AddCertsCommand(app, out, status);
   // Set last: commands take over the footer that stands when they are added.
   app.footer(
       "Examples:\n"
@@ -42,6 +45,7 @@ int Run(int argc, const char* const* argv, Output& out) {
       "  mimora extract -o files letter.eml        everything in it, as files\n"
       "  mimora save --part 2 -o a.pdf letter.eml  one part\n"
       "  mimora html2text page.html                the visible text of a page\n"
+      "  mimora sign --signer me@a.org letter.eml  the letter with a signature\n"
       "  fetch-mail | mimora show -                a message from the standard input\n"
       "\n"
       "Exit status: 0; 1 a message could not be read as asked; 2 wrong usage.");

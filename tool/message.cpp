@@ -32,6 +32,14 @@ constexpr ResultText kResults[] = {
     {MIMORA_E_NO_BODY, false, "the part has no body"},
     {MIMORA_E_NO_SUCH_FILE, false, "there is no embedded file of that number"},
     {MIMORA_E_CHARSET, false, "a character set is not known"},
+    {MIMORA_E_STORE, false, "the certificate store cannot be read"},
+    {MIMORA_E_CERTIFICATE, false, "there is no such certificate in the store"},
+    {MIMORA_E_PRIVATE_KEY, false, "the store has no private key for the certificate"},
+    {MIMORA_E_PASSWORD, false, "the private key needs another password (--password-file)"},
+    {MIMORA_E_CERTIFICATE_TIME, false, "the certificate is not valid now"},
+    {MIMORA_E_CERTIFICATE_PURPOSE, false, "the certificate is not made for this"},
+    {MIMORA_E_ALGORITHM, false, "the algorithm is not known, or not safe"},
+    {MIMORA_E_ENGINE, false, "OpenSSL failed"},
 };
 constexpr ResultText kUnknownResult = {MIMORA_E_UNCLASSIFIED, false, "the message cannot be read"};
 

@@ -5,8 +5,7 @@
 #include "tool/body_stream.h"
 #include "tool/commands.h"
 #include "tool/message.h"
-#include "tool/new_file.h"
-#include "tool/text_output.h"
+#include "tool/target.h"
 #include "tool/texts.h"
 #include "tool/tree.h"
 
@@ -43,31 +42,12 @@ void WriteBody(const Message& message, const Arguments& arguments, const TakeByt
       take));
 }
 
-void WriteToOutput(const Message& message, const Arguments& arguments, Output& out) {
-  if (!out.IsTerminal())
-    return WriteBody(message, arguments, [&out](std::string_view bytes) { out.Write(bytes); });
-  LinesWriter writer(out);
-  WriteBody(message, arguments, [&writer](std::string_view bytes) { writer.Write(bytes); });
-  writer.Finish(true);
-}
-
-void WriteToFile(const Message& message, const Arguments& arguments) {
-  TellAsMessageError([&] {
-    NewFile file(arguments.target);
-    WriteBody(message, arguments, [&file](std::string_view bytes) { file.Write(bytes); });
-    file.Keep();
-  });
-}
-
 int Save(const Arguments& arguments, Output& out) {
-  const bool to_output = arguments.target.empty() || arguments.target == "-";
   return ForEachMessage(
       {arguments.file}, out,
       [&](const Message& message) {
-        if (to_output)
-          WriteToOutput(message, arguments, out);
-        else
-          WriteToFile(message, arguments);
+        WriteTarget(arguments.target, out,
+                    [&](const TakeBytes& take) { WriteBody(message, arguments, take); });
       },
       kReportOnly);
 }
@@ -92,10 +72,7 @@ void AddSaveCommand(CLI::App& app, Output& out, int& status) {
   command->add_flag("--raw", arguments->raw, "The bytes as they stand in the message")
       ->excludes(embedded)
       ->excludes(charset);
-  command
-      ->add_option("-o,--output", arguments->target,
-                   "File to write, readable by you only; one that exists is left alone")
-      ->type_name("FILE");
+  AddTarget(*command, arguments->target);
   command->footer(kFooter);
   command->callback([arguments, &out, &status] { status = Save(*arguments, out); });
 }

@@ -12,6 +12,8 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "support/certificates.h"
+
 namespace {
 
 using nlohmann::json;
@@ -80,6 +82,10 @@ class Tool : public testing::Test {
     std::ofstream(folder_ / "there") << "old";
     std::ofstream(folder_ / "empty.eml");
     std::filesystem::create_directory(folder_ / "out");
+    std::filesystem::create_directory(folder_ / "store");
+    const auto me = mimora::testing::MakeOwner("me");
+    std::ofstream(folder_ / "store/me.pem") << mimora::testing::Pem(me) << KeyPem(me);
+    setenv("MIMORA_CERT_STORE", (folder_ / "store").c_str(), 1);
   }
   static void TearDownTestSuite() { std::filesystem::remove_all(folder_); }
 
@@ -197,6 +203,21 @@ const CommandCase kCommands[] = {
     {"body into a file that is there", "$T save --part 1 -o there letter.eml || cat there", 0, {"old"},
      {"mimora: letter.eml: there: File exists\n"}},
     {"options that exclude each other", "$T save --part 1 --raw --charset utf-8 letter.eml", 2, {}, {"excludes"}},
+    {"certificates", "$T certs", 0, {"  sign,encrypt,key  me@example.org\n"}},
+    {"certificates for programs", "$T certs --for sign --json", 0, {R"("email": "me@example.org")"}},
+    {"one certificate", "$T certs ME@example.org", 0, {"\nSubject: CN=me\n"}},
+    {"no store, no such use", "$T certs --store gone; $T certs --for fun", 2, {},
+     {"mimora: gone: the certificate store cannot be read\n", "fun not in {"}},
+    {"signed message", "$T sign --signer me@example.org letter.eml >new && $T show new && $T headers --part 1 new; rm new", 0,
+     {"  From:    Ema <", "multipart/signed", "\n├─ 1 ", "\n│  └─ 1.1 ", "smime.p7s\n", "\nContent-Type:\n multipart/mixed"}},
+    {"signed and encrypted message",
+     "$T sign --signer me@example.org --opaque letter.eml | $T encrypt --to me@example.org - | $T headers -", 0,
+     {"From: Ema <ema@example.org>\nSubject: one\n\ttwo\nX-Empty:\nMIME-Version: 1.0\nContent-Type: ",
+      "smime-type=enveloped-data"}, {}, {"cut", "signed-data"}},
+    {"recipient without a certificate", "$T encrypt --to me@example.org --to you@b -o new letter.eml; test ! -e new", 0, {},
+     {"mimora: letter.eml: you@b: there is no such certificate in the store\n"}},
+    {"message that cannot be signed", "printf 'a: b\\n\\n\\0' | $T sign --signer me@example.org -", 1, {},
+     {"mimora: -: it has zeros in it"}},
     {"no command", "$T", 2, {}, {"mimora: ", "--help"}},
     {"no file", "$T show", 2, {}, {"FILE is required"}},
     {"unknown option", "$T show --jsn letter.eml", 2, {}, {"--jsn"}, {"letter.eml"}},
