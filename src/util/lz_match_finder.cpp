@@ -33,7 +33,9 @@ LzMatch LzMatchFinder::Find(uint32_t position) {
   LzMatch match;
   account_ += std::min(position, kLzWindow);
   if (index_.Covers(position) && index_.Find(position, match)) return match;
-  if (has_memory_ && (AskChains(position, match) || AskIndex(position, match))) return match;
+  // For so few bytes nothing is prepared as fast as the plain search is over.
+  if (size_ - position < LzChains::kLeastLeft) may_prepare_ = false;
+  if (may_prepare_ && (AskChains(position, match) || AskIndex(position, match))) return match;
   while (!Search(position, match)) {
     if (AskIndex(position, match)) break;
   }
@@ -41,11 +43,10 @@ LzMatch LzMatchFinder::Find(uint32_t position) {
 }
 
 bool LzMatchFinder::AskChains(uint32_t position, LzMatch& match) {
-  if (size_ - position < LzChains::kLeastLeft) return false;
   const int64_t price = kLooksPerEntry * chains_.Backlog(position);
   if (account_ < price) return false;
-  has_memory_ = chains_.Prepare(allocate_);
-  if (!has_memory_) return false;
+  may_prepare_ = chains_.Prepare(allocate_);
+  if (!may_prepare_) return false;
   patience_ = std::min(patience_ + kPatiencePerByte * (position - last_), MostPatience(size_));
   last_ = position;
   const int64_t before = patience_;
@@ -57,14 +58,14 @@ bool LzMatchFinder::AskChains(uint32_t position, LzMatch& match) {
 bool LzMatchFinder::AskIndex(uint32_t position, LzMatch& match) {
   const int64_t price = IndexPrice(position);
   if (account_ < price) return false;
-  has_memory_ = index_.Build(text_, size_, position, allocate_);
+  may_prepare_ = index_.Build(text_, size_, position, allocate_);
   account_ -= price;
-  return has_memory_ && index_.Find(position, match);
+  return may_prepare_ && index_.Find(position, match);
 }
 
 // False when it would take longer than an index.
 bool LzMatchFinder::Search(uint32_t position, LzMatch& match) {
-  const int64_t most = has_memory_ ? kBytesPerLook * (IndexPrice(position) - account_) : INT64_MAX;
+  const int64_t most = may_prepare_ ? kBytesPerLook * (IndexPrice(position) - account_) : INT64_MAX;
   int64_t left = most;
   const bool found =
       SearchOffsets(text_, size_, position, std::min(position, kLzWindow), left, match);

@@ -303,6 +303,15 @@ TEST(LzCompress, WritesTheSameWhenMemoryIsShort) {
   }
 }
 
+TEST(LzCompress, SortsNoSuffixesOfUsualTexts) {
+  std::mt19937 random(10);
+  for (const size_t size : {3000u, 30000u, 150000u}) {
+    allocations_left = 9;
+    Compressed(RandomBytes(random, size, 18), MemoryForAWhile);
+    EXPECT_EQ(allocations_left, 8) << size << ": only chains";
+  }
+}
+
 TEST(LzCompress, LogsAnExceptionAndLetsItPass) {
   const auto work = [] {
     std::mt19937 random(7);
