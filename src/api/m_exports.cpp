@@ -555,7 +555,7 @@ int32_t M_SaveBodyOrBodypartTextToFile(M_Bodypart* part, S_InStream* in4, const 
 
 int32_t M_HTMLToText(const char16_t* html, char16_t* text, uint32_t* textLength) {
   int ex_pos = 1;
-  LogTrace("M_HTMLToText in HTML=%" PRIXPTR ", Text=%" PRIXPTR ", *TextLen=%d",
+  LogTrace("M_HTMLToText in HTML=%" PRIxPTR ", Text=%" PRIxPTR ", *TextLen=%d",
            reinterpret_cast<uintptr_t>(html), reinterpret_cast<uintptr_t>(text),
            textLength != nullptr ? static_cast<int>(*textLength) : 0);
   try {

@@ -156,7 +156,7 @@ int32_t P_GetExtensionFromMimeType(const char* contentType, char* buffer, uint32
 
 uint32_t P_LZ_Compress(const void* in, void* out, uint32_t inSize) {
   // An entry line with arguments, and errors are logged where the position is known.
-  LogTrace("P_LZ_Compress in in=%" PRIXPTR ", out=%" PRIXPTR ", insize=%d",
+  LogTrace("P_LZ_Compress in in=%" PRIxPTR ", out=%" PRIxPTR ", insize=%d",
            reinterpret_cast<uintptr_t>(in), reinterpret_cast<uintptr_t>(out),
            static_cast<int>(inSize));
   const uint32_t result = LzCompress(BytesOrEmpty(in, inSize), static_cast<uint8_t*>(out));

@@ -52,10 +52,10 @@ void StartTrace() {
 }
 
 // Ends the trace and puts a name in place of an address.
-void NameInTrace(const void* address, std::string_view name) {
+void NameInTrace(const void* address, std::string_view name, const char* format = "%" PRIXPTR) {
   P_SetQQ_callback(nullptr);
   char hex[32];
-  std::snprintf(hex, sizeof hex, "%" PRIXPTR, reinterpret_cast<uintptr_t>(address));
+  std::snprintf(hex, sizeof hex, format, reinterpret_cast<uintptr_t>(address));
   for (size_t at = 0; (at = trace.find(hex, at)) != std::string::npos;)
     trace.replace(at, std::strlen(hex), name);
 }
@@ -153,7 +153,7 @@ TEST(Trace, TellsTheArgumentsOfHtml) {
   uint32_t length = 2;
   StartTrace();
   M_HTMLToText(kHtml, text, &length);
-  NameInTrace(kHtml, "HTML"), NameInTrace(text, "TEXT");
+  NameInTrace(kHtml, "HTML", "%" PRIxPTR), NameInTrace(text, "TEXT", "%" PRIxPTR);
   EXPECT_EQ(trace, "M_HTMLToText in HTML=HTML, Text=TEXT, *TextLen=2\nM_HTMLToText out\n");
 }
 
@@ -343,7 +343,7 @@ TEST(Procedures, AnswerAndTraceTheirCalls) {
   EXPECT_STREQ(date, "Thu, 1 Jan 1970 0:01:00 +0000");
   P_EscapeURL("a b", text, &(size = 5)), P_UnEscapeURL("a+b", text, &(size = 4));
   EXPECT_STREQ(text, "a b");
-  NameInTrace(in, "IN"), NameInTrace(block, "BLOCK");
+  NameInTrace(in, "IN", "%" PRIxPTR), NameInTrace(block, "BLOCK", "%" PRIxPTR);
   EXPECT_EQ(trace,
             "P_LZ_Compress in in=IN, out=BLOCK, insize=8\nP_LZ_Compress out\n"
             "P_LZ_Uncompress in\nP_LZ_Uncompress out\nP_LZ_Uncompress in\nP_LZ_Uncompress out\n"
