@@ -1280,7 +1280,7 @@ MIMORA_API int32_t P_GetExtensionFromMimeType(const char *contentType,
  * version, so compressed blocks can be stored and compared. It does not carry
  * its own size: keep that with it.
  *
- * in      the block.
+ * in      the block; NULL is empty.
  * out     receives at most 1 + inSize + inSize / 256 bytes; must not overlap IN.
  * inSize  bytes in the block.
  *
@@ -1298,8 +1298,8 @@ MIMORA_API uint32_t P_LZ_Compress(const void *in, void *out, uint32_t inSize);
  * what would make the output larger than 4 GiB. Where a match has the offset 0,
  * the bytes in OUT stay what they were.
  *
- * in      the compressed block.
- * out     receives the bytes; NULL: they are only counted.
+ * in      the compressed block; NULL is empty.
+ * out     receives the bytes; must not overlap IN. NULL: they are only counted.
  * inSize  bytes in the compressed block.
  *
  * Returns the number of uncompressed bytes.
@@ -1311,7 +1311,7 @@ MIMORA_API uint32_t P_LZ_Uncompress(const void *in, void *out, uint32_t inSize);
  * Computes the CRC-32 of IEEE 802.3 (polynomial 0xEDB88320, start 0xFFFFFFFF)
  * without the inversion at the end: the complement of the usual value.
  *
- * data    the bytes.
+ * data    the bytes; NULL is none.
  * length  their number, modulo 65,536: of 65,536 bytes none counts, of 70,000
  *         the first 4,464.
  *
@@ -1326,7 +1326,7 @@ MIMORA_API uint32_t P_CRC32(const void *data, uint32_t length);
  * bytes from 0x80 on are "ff"; but the last byte, when it is one of these, is
  * "ffffff" and its two digits. P_MD5SumBin gives the digest itself.
  *
- * data    the bytes.
+ * data    the bytes; NULL is none.
  * length  their number.
  * text    receives 32 or 38 characters and a zero: room for 39 bytes.
  *
@@ -1337,7 +1337,7 @@ MIMORA_API void P_MD5Sum(const void *data, uint32_t length, char *text);
 /*
  * Computes the digest MD5 (RFC 1321).
  *
- * data    the bytes.
+ * data    the bytes; NULL is none.
  * length  their number.
  * digest  receives 16 bytes.
  *

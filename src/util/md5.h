@@ -14,7 +14,7 @@ using Md5Digest = std::array<uint8_t, 16>;
 
 Md5Digest Md5(std::string_view data);
 
-// The bytes that Md5Text writes at most, its zero included.
+// The bytes that WriteMd5Text writes at most, its zero included.
 constexpr size_t kMd5TextSize = 39;
 
 // Writes the digest as zero-terminated text as callers have stored it for long: a byte is two
