@@ -12,6 +12,9 @@ constexpr int64_t kLooksPerLink = 8;
 constexpr int64_t kLooksPerIndexedByte = 128;
 constexpr int64_t kBytesPerLook = 2;
 
+// A text that is searched before its chains would pay.
+constexpr uint32_t kShortText = 128;
+
 // The chains may take about as long as the index would.
 constexpr int64_t kPatiencePerByte = 16;
 constexpr int64_t kPatienceInAdvance = 5;
@@ -27,6 +30,7 @@ LzMatchFinder::LzMatchFinder(const uint8_t* text, uint32_t size, LzAllocate allo
       size_(size),
       allocate_(allocate),
       chains_(text, size),
+      may_prepare_(size > kShortText),
       patience_(MostPatience(size)) {}
 
 LzMatch LzMatchFinder::Find(uint32_t position) {

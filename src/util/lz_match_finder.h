@@ -35,10 +35,10 @@ class LzMatchFinder {
   const LzAllocate allocate_;
   LzChains chains_;
   LzSuffixIndex index_;
-  bool may_prepare_ = true;  // there is memory, and text for which it pays
-  int64_t account_ = 0;      // in looks of the plain search at one offset
-  int64_t patience_ = 0;     // with the chains, in their looks
-  uint32_t last_ = 0;        // the position that the chains were asked about
+  bool may_prepare_;      // there is memory, and text for which it pays
+  int64_t account_ = 0;   // in looks of the plain search at one offset
+  int64_t patience_ = 0;  // with the chains, in their looks
+  uint32_t last_ = 0;     // the position that the chains were asked about
 };
 
 }  // namespace mimora

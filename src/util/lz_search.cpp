@@ -42,26 +42,28 @@ class OffsetScan {
   // No match can be longer than what is left.
   bool Done() const { return best_.length >= left_ || effort_ < 0; }
 
-  void Try(uint32_t offset) {
-    if (Done() || !MayBeBetter(offset)) return;
+  // False when it is done. It may not be done before.
+  bool Try(uint32_t offset) {
+    if (!MayBeBetter(offset)) return true;
     const uint32_t length = CommonLength(here_ - offset, here_, std::min(left_, offset));
     effort_ -= length;
     if (length > best_.length) best_ = {length, offset};
+    return !Done();
   }
 
 #if defined(__SSE2__)
   // The sixteen offsets from FIRST on. What is read ends where the best match ends, at the latest.
-  void TrySixteen(uint32_t first) {
-    if (Done()) return;
+  bool TrySixteen(uint32_t first) {
     const uint8_t* const there = here_ - first - 15;
     const __m128i begins = Compare(there, here_[0]);
     const __m128i goes_on = Compare(there + best_.length, here_[best_.length]);
     auto hits = static_cast<uint32_t>(_mm_movemask_epi8(_mm_and_si128(begins, goes_on)));
     while (hits != 0) {
       const int nearest = 31 - std::countl_zero(hits);
-      Try(first + 15 - static_cast<uint32_t>(nearest));
+      if (!Try(first + 15 - static_cast<uint32_t>(nearest))) return false;
       hits ^= 1u << nearest;
     }
+    return true;
   }
 #endif
 
@@ -112,11 +114,12 @@ uint32_t CommonLengthBefore(const uint8_t* a, const uint8_t* b, uint32_t limit) 
 bool SearchOffsets(const uint8_t* text, uint32_t size, uint32_t position, uint32_t farthest,
                    int64_t& effort, LzMatch& match) {
   OffsetScan scan(text + position, size - position, effort);
+  bool searching = !scan.Done();
   uint32_t offset = kLzSmallestOffset;
 #if defined(__SSE2__)
-  for (; offset + 15 <= farthest; offset += 16) scan.TrySixteen(offset);
+  for (; searching && offset + 15 <= farthest; offset += 16) searching = scan.TrySixteen(offset);
 #endif
-  for (; offset <= farthest; ++offset) scan.Try(offset);
+  for (; searching && offset <= farthest; ++offset) searching = scan.Try(offset);
   match = scan.Best();
   return effort >= 0;
 }
