@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
+#include <optional>
 
 #include "tool/body_stream.h"
 #include "tool/locale_charset.h"
@@ -15,29 +17,67 @@ namespace {
 constexpr const char* kUtf16 = "utf-16";
 constexpr const char* kWesternEuropean = "windows-1252";
 
-// The library translates the bodies of texts: the bytes are made one. Nothing when it does not know
-// the set.
-std::optional<std::string> Translate(std::string_view bytes, const std::string& from,
-                                     const char* to) {
+// The library translates the bodies of texts: the bytes are made one. False, and nothing is taken,
+// when it does not know the set.
+bool Translate(std::string_view bytes, const std::string& from, const char* to,
+               const TakeBytes& take) {
   // What is no name would spoil the header.
   const auto is_part_of_name = [](char c) { return c > ' ' && c < 0x7F && c != '"' && c != '\\'; };
-  if (from.empty() || !std::ranges::all_of(from, is_part_of_name)) return std::nullopt;
-  const std::string text =
-      "Content-Type: text/html; charset=\"" + from + "\"\r\n\r\n" + std::string(bytes);
+  if (from.empty() || !std::ranges::all_of(from, is_part_of_name)) return false;
+  std::string text = "Content-Type: text/html; charset=\"" + from + "\"\r\n\r\n";
+  text.reserve(text.size() + bytes.size());
+  text += bytes;
   if (text.size() > std::numeric_limits<int32_t>::max()) throw MessageError("the text is too long");
   const MessageHandle part(M_CreateMessage());
   if (part == nullptr) throw std::bad_alloc();
   CheckResult(M_LoadBodypartFromBuffer(part.get(), text.data(), static_cast<int32_t>(text.size())));
-  std::string translated;
   const int32_t result = StreamBody(
       [&](S_OutStream* stream) {
         return M_SaveBodypartBody(part.get(), nullptr, to, nullptr, stream);
       },
-      [&translated](std::string_view piece) { translated += piece; });
-  if (result == MIMORA_E_CHARSET) return std::nullopt;
+      take);
+  if (result == MIMORA_E_CHARSET) return false;
   CheckResult(result);
-  return translated;
+  return true;
 }
+
+// Puts UTF-16 together from pieces that may end inside a unit.
+class UnitReader {
+ public:
+  explicit UnitReader(std::u16string& text) : text_(text) {}
+
+  void Take(std::string_view piece) {
+    if (low_ && !piece.empty()) {
+      Append(std::string{*low_, piece[0]});
+      piece.remove_prefix(1);
+      low_.reset();
+    }
+    Append(piece);
+    if (piece.size() % 2 != 0) low_ = piece.back();
+  }
+
+ private:
+  // Zeros are left out: one would end the document for the library.
+  void Append(std::string_view piece) {
+    const std::size_t begin = text_.size();
+    text_.resize(begin + piece.size() / 2);
+    char16_t* const units = text_.data() + begin;
+    bool has_zeros = false;
+    for (std::size_t i = 0; i < piece.size() / 2; ++i) {
+      const auto low = static_cast<unsigned char>(piece[2 * i]);
+      const auto high = static_cast<unsigned char>(piece[2 * i + 1]);
+      units[i] = static_cast<char16_t>(high << 8 | low);
+      has_zeros |= units[i] == 0;
+    }
+    if (has_zeros)
+      text_.erase(
+          std::remove(text_.begin() + static_cast<std::ptrdiff_t>(begin), text_.end(), u'\0'),
+          text_.end());
+  }
+
+  std::u16string& text_;
+  std::optional<char> low_;  // of a unit that the next piece goes on with
+};
 
 bool IsUtf8(std::string_view text) {
   while (!text.empty()) {
@@ -56,43 +96,40 @@ std::string DeclaredCharset(std::string_view html) {
 }
 
 std::u16string Wide(std::string_view html, const std::string& from) {
-  std::optional<std::string> bytes = Translate(html, from, kUtf16);
-  if (!bytes) bytes = Translate(html, DeclaredCharset(html), kUtf16);
-  if (!bytes) bytes = Translate(html, kWesternEuropean, kUtf16);
-  std::u16string wide(bytes->size() / 2, u'\0');
-  for (std::size_t i = 0; i < wide.size(); ++i) {
-    const auto low = static_cast<unsigned char>((*bytes)[2 * i]);
-    const auto high = static_cast<unsigned char>((*bytes)[2 * i + 1]);
-    wide[i] = static_cast<char16_t>(high << 8 | low);
-  }
+  std::u16string wide;
+  wide.reserve(html.size());
+  UnitReader reader(wide);
+  const auto read = [&](const std::string& charset) {
+    return Translate(html, charset, kUtf16, [&](std::string_view piece) { reader.Take(piece); });
+  };
+  if (!read(from) && !read(DeclaredCharset(html))) read(kWesternEuropean);
   if (wide.starts_with(u'\uFEFF')) wide.erase(0, 1);
-  // A zero would end the document for the library.
-  std::erase(wide, u'\0');
   return wide;
 }
 
 std::u16string VisibleText(const std::u16string& html) {
-  // Text is hardly ever longer than its markup.
-  std::u16string text(html.size() + 1, u'\0');
-  auto room = static_cast<uint32_t>(text.size());
-  bool copied = M_HTMLToText(html.c_str(), text.data(), &room) == 1;
-  if (!copied) {
-    text.resize(room);
-    copied = M_HTMLToText(html.c_str(), text.data(), &room) == 1;
+  // Text is hardly ever longer than its markup and mostly much shorter: the memory is not touched.
+  auto room = static_cast<uint32_t>(html.size() + 1);
+  auto text = std::make_unique_for_overwrite<char16_t[]>(room);
+  if (M_HTMLToText(html.c_str(), text.get(), &room) == 0) {
+    text = std::make_unique_for_overwrite<char16_t[]>(room);
+    if (M_HTMLToText(html.c_str(), text.get(), &room) == 0) return {};
   }
-  text.resize(copied ? room - 1 : 0);
-  return text;
+  return {text.get(), room - 1};
 }
 
 }  // namespace
 
 std::string RenderHtml(std::string_view html, const std::string& from, const char* to) {
-  std::string bytes = "\xFF\xFE";
-  for (const char16_t unit : VisibleText(Wide(html, from))) {
-    bytes += static_cast<char>(unit & 0xFF);
-    bytes += static_cast<char>(unit >> 8);
+  const std::u16string visible = VisibleText(Wide(html, from));
+  std::string bytes(2 * visible.size(), '\0');
+  for (std::size_t i = 0; i < visible.size(); ++i) {
+    bytes[2 * i] = static_cast<char>(visible[i] & 0xFF);
+    bytes[2 * i + 1] = static_cast<char>(visible[i] >> 8);
   }
-  return Translate(bytes, kUtf16, to).value_or("");
+  std::string text;
+  Translate(bytes, "utf-16le", to, [&text](std::string_view piece) { text += piece; });
+  return text;
 }
 
 M_Bodypart* FindHtmlLetter(M_Bodypart* part) {
