@@ -244,6 +244,7 @@ BoxStyle StyleOf(Tag tag, const Attributes& attributes) {
   style.display = IsHidden(tag, attributes) ? Display::kNone : traits.display;
   style.closed = tag == Tag::kDetails && !attributes.open;
   if (traits.Has(kPreformatted)) style.white_space = WhiteSpace::kPreserved;
+  if (tag == Tag::kNobr) style.white_space = WhiteSpace::kCollapsed;
   if (!attributes.style.empty()) ReadStyle(attributes.style, style);
   if (style.floats || style.positioned) MakeBlock(style);
   // Its content is no part of the document.

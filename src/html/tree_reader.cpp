@@ -250,14 +250,18 @@ bool TreeReader::IsInTableStructure() const {
   return structure != ElementStack::kNowhere;
 }
 
-// One between the rows of another ends that.
+// One between the rows of another ends that. Old documents have tables in paragraphs, and those in
+// preformatted text are not.
 void TreeReader::StartTable(const TagName& name, const BoxStyle& style) {
+  BoxStyle its_style = style;
+  if (quirks_ && style.white_space == WhiteSpace::kInherited)
+    its_style.white_space = WhiteSpace::kCollapsed;
   if (IsInTableStructure()) {
     EndTablePart(name);
   } else if (!quirks_) {
     CloseParagraph();
   }
-  stack_.Open(name, style);
+  stack_.Open(name, its_style);
 }
 
 // Captions, too.

@@ -57,6 +57,9 @@ TEST(HtmlToText, KeepsWhiteSpaceThatIsPreformatted) {
       {"the last blank before a line end", u"a <span style=white-space:pre>\n b", u"a\n b"},
       {"of the body", u"<body style=white-space:pre>a  b", u"a  b"},
       {"zeros go", u"<pre>a\0 \0b"sv, u"a b"},
+      {"not in what has no line ends", u"<pre> <nobr>a  b</nobr>", u" a b"},
+      {"nor in old tables", u"<pre> <table><td>a  b</table>", u" \na b"},
+      {"but in those of today", u"<!doctype html><pre> <table><td>a  b</table>", u" \na  b"},
   });
 }
 
