@@ -52,7 +52,8 @@ Element::Element(const TagName& its_name, const BoxStyle& its_style, const Inher
   const bool in_html = outside.markup == Markup::kHtml;
   foreign = !in_html || Is(Tag::kSvg) || Is(Tag::kMath);
   if (outside.flexible) MakeBlock(style);
-  if (!in_html && style.display != Display::kNone) style.display = Display::kInline;
+  if (!in_html && style.display != Display::kNone)
+    style.display = Is(Tag::kText) || Is(Tag::kForeignObject) ? Display::kBlock : Display::kInline;
   Inherit(outside);
 }
 
@@ -64,6 +65,8 @@ void Element::Inherit(const Inherited& outside) {
   InheritText(style, inside.text);
   shown = !outside.hidden && style.display != Display::kNone;
   if (foreign) InheritForeign(name.tag, inside);
+  // Texts are shown in a picture that has hidden content otherwise.
+  if (outside.markup != Markup::kHtml && IsBlock()) shown = !inside.hidden;
   if (style.display == Display::kNone || Has(kReplaced))
     inside.hidden = inside.hidden_outside = true;
   if (style.closed) HideContent(inside);

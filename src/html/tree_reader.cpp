@@ -31,8 +31,8 @@ TagName AsHtml(const TagName& name) {
 
 TagName AsForeign(const TagName& name) {
   const Tag tag = name.tag;
-  const bool known =
-      IsForeignName(tag) || tag == Tag::kSvg || tag == Tag::kMath || tag == Tag::kTitle;
+  const bool known = IsForeignName(tag) || tag == Tag::kSvg || tag == Tag::kMath ||
+                     tag == Tag::kTitle || tag == Tag::kStyle || tag == Tag::kScript;
   return known ? name : TagName{Tag::kUnknown, name.key};
 }
 

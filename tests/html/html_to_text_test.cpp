@@ -182,14 +182,15 @@ TEST(HtmlToText, RepairsWhatIsWronglyNested) {
 
 TEST(HtmlToText, ShowsTheTextInPicturesAndFormulas) {
   ExpectTexts({
-      {"pictures", u"a<svg>b<g>c<text>d<tspan>e</g><desc>f</desc></svg>g", u"adeg"},
+      {"pictures", u"a<svg>b<g>c<text>d<tspan>e</g><desc>f</desc></svg>g", u"a\nde\ng"},
       {"documents in pictures", u"<svg><foreignObject><p>a</p></foreignObject>b</svg>c", u"a\n\nc"},
       {"formulas", u"<math>a<mi>b</mi><mo>+</mo><annotation>c</math>d", u"b+d"},
-      {"raw text is markup there", u"<svg><style>a<text>b</text></style></svg>c", u"bc"},
-      {"and quotations are text", u"<svg><text><![CDATA[<b>]]></svg>c", u"<b>c"},
+      {"raw text is markup there", u"<svg><style><text>a</text><p>b", u"b"},
+      {"and quotations are text", u"<svg><text><![CDATA[<b>]]></svg>c", u"<b>\nc"},
       {"empty", u"<svg/>a<svg><text/>b</svg>c", u"ac"},
       {"what is not closed ends at a block", u"<svg><g>a<p>b", u"b"},
       {"names that mean nothing outside", u"<desc>a<p>b</p></desc><text>c", u"a\n\nb\n\nc"},
+      {"a picture as a block", u"a<svg style=display:block></svg>b", u"a\nb"},
       {"hidden pictures", u"<div hidden><svg><text>a</svg></div>b", u"b"},
   });
 }
