@@ -173,6 +173,7 @@ const CommandCase kCommands[] = {
     {"letter that is only there as HTML", "$T text page.eml", 0, {"[2J\n"}, {}, {"<p>"}},
     {"visible text of a file", "printf '<p>a\\351<p>b' | $T html2text --charset latin1 -", 0,
      {"a\u00E9\n\nb\n"}},
+    {"zeros in it", "printf '\\377\\376a\\0\\0\\0b\\0' | $T html2text -", 0, {"ab\n"}},
     {"letter in an unknown character set", "$T text odd.eml", 0, {"\xE1\n"},
      {"mimora: odd.eml: warning: its character set is not known"}},
     {"attachments", "$T attachments $E/forwarded.eml $E/tnef.eml names.eml", 0,
