@@ -79,30 +79,47 @@ class UnitReader {
   std::optional<char> low_;  // of a unit that the next piece goes on with
 };
 
-bool IsUtf8(std::string_view text) {
+// Most documents are in UTF-8, and the way through a body is long. False when this one is not.
+bool WidenUtf8(std::string_view text, std::u16string& wide) {
   while (!text.empty()) {
-    const std::size_t length = FirstUtf8(text).length;
-    if (length == 0) return false;
+    const auto* const stop = std::ranges::find_if(text, [](char c) { return c <= '\0'; });
+    wide.append(text.begin(), stop);
+    text.remove_prefix(static_cast<std::size_t>(stop - text.begin()));
+    if (text.empty()) break;
+    const auto [code, length] = FirstUtf8(text);
+    if (length == 0) return wide.clear(), false;
+    if (code > 0xFFFF) wide += static_cast<char16_t>(0xD7C0 + (code >> 10));
+    if (code != 0) wide += static_cast<char16_t>(code > 0xFFFF ? 0xDC00 + (code & 0x3FF) : code);
     text.remove_prefix(length);
   }
   return true;
 }
 
-// What a document without a label is in.
+// What a document says that it is in; empty when it does not.
 std::string DeclaredCharset(std::string_view html) {
   const uint32_t page = P_GetHTMLCodePage(std::string(html).c_str());
-  if (page != 0) return "cp" + std::to_string(page);
-  return IsUtf8(html) ? kUtf8 : kWesternEuropean;
+  return page != 0 ? "cp" + std::to_string(page) : "";
+}
+
+bool IsUtf8Name(const std::string& charset) {
+  return charset == "cp65001" || LowerCase(charset) == kUtf8;
 }
 
 std::u16string Wide(std::string_view html, const std::string& from) {
   std::u16string wide;
   wide.reserve(html.size());
   UnitReader reader(wide);
-  const auto read = [&](const std::string& charset) {
+  const auto translate = [&](const std::string& charset) {
     return Translate(html, charset, kUtf16, [&](std::string_view piece) { reader.Take(piece); });
   };
-  if (!read(from) && !read(DeclaredCharset(html))) read(kWesternEuropean);
+  const auto read = [&](const std::string& charset) {
+    return (IsUtf8Name(charset) && WidenUtf8(html, wide)) || translate(charset);
+  };
+  if (!read(from)) {
+    const std::string declared = DeclaredCharset(html);
+    const bool done = declared.empty() ? WidenUtf8(html, wide) : read(declared);
+    if (!done) translate(kWesternEuropean);
+  }
   if (wide.starts_with(u'\uFEFF')) wide.erase(0, 1);
   return wide;
 }
