@@ -49,9 +49,9 @@ int32_t DecodeAs(TransferEncoding encoding, Minstream& in, Moutstream& out) {
 }  // namespace
 
 TransferEncoding FindTransferEncoding(std::string_view name) {
-  if (EqualIgnoringCase(name, "BASE64")) return TransferEncoding::kBase64;
-  if (EqualIgnoringCase(name, "QUOTED-PRINTABLE")) return TransferEncoding::kQuotedPrintable;
-  if (EqualIgnoringCase(name, "X-UUENCODE")) return TransferEncoding::kUuencode;
+  if (EqualIgnoringCase(name, "base64")) return TransferEncoding::kBase64;
+  if (EqualIgnoringCase(name, "quoted-printable")) return TransferEncoding::kQuotedPrintable;
+  if (EqualIgnoringCase(name, "x-uuencode")) return TransferEncoding::kUuencode;
   return TransferEncoding::kIdentity;
 }
 

@@ -67,8 +67,8 @@ FieldValue Bodypart::Field(std::string_view name) const {
   return FieldValue(Header.Find(name).value_or(""));
 }
 
-ContentType Bodypart::Type() const {
-  if (auto type = ParseContentType(Field("Content-Type"))) return *type;
+ContentType Bodypart::Type(const FieldValue& declared) const {
+  if (auto type = ParseContentType(declared)) return *std::move(type);
   // The rest of a multipart that has too many parts: it has no header of its own.
   if (Opaque) return {"APPLICATION", "OCTET-STREAM"};
   if (InDigest && !Header.Find("Content-Type")) return {"MESSAGE", "RFC822"};

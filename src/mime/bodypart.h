@@ -56,8 +56,9 @@ class Bodypart {
   // Steps to the root.
   int Depth() const;
 
-  // With the defaults of RFC 2045 5.2 and RFC 2046 5.1.5.
-  ContentType Type() const;
+  // With the defaults of RFC 2045 5.2 and RFC 2046 5.1.5. DECLARED: the field Content-Type.
+  ContentType Type() const { return Type(Field("Content-Type")); }
+  ContentType Type(const FieldValue& declared) const;
 
   // The first field of that name, analysed; of an empty text when there is none.
   FieldValue Field(std::string_view name) const;

@@ -16,7 +16,9 @@ std::string_view Trim(std::string_view text) { return TrimRight(TrimLeft(text, I
 
 std::string Unfold(std::string_view text) {
   std::string line(text);
-  std::erase_if(line, IsLineEnd);
+  const bool folded = text.find('\n') != std::string_view::npos ||  //
+                      text.find('\r') != std::string_view::npos;
+  if (folded) std::erase_if(line, IsLineEnd);
   return line;
 }
 
@@ -55,6 +57,11 @@ size_t SkipComment(std::string_view text, size_t at) {
   return std::string_view::npos;
 }
 
+// What a Splitter looks at.
+constexpr CharacterSet kIsMark([](char c) {
+  return c == ';' || c == '=' || c == '"' || c == '(' || IsSpace(c);
+});
+
 // Cuts a value at its semicolons, those in comments and quoted strings left alone.
 class Splitter {
  public:
@@ -68,6 +75,12 @@ class Splitter {
     bool named = false;
     while (at_ < text_.size() && text_[at_] != ';') {
       const char c = text_[at_];
+      if (!kIsMark(c)) {
+        do ++at_;
+        while (at_ < text_.size() && !kIsMark(text_[at_]));
+        value_begins = false;
+        continue;
+      }
       if (c == '"' && value_begins) {
         at_ = PassOver(quotes_, SkipQuoted);
       } else if (c == '(') {
@@ -138,10 +151,18 @@ std::string_view TrimComments(std::string_view text) {
 }
 
 std::string Unquote(std::string_view text) {
+  static constexpr CharacterSet kIsSpecial(
+      [](char c) { return c == '"' || c == '\\' || IsLineEnd(c); });
   std::string plain;
-  for (size_t at = 1; at < text.size() && text[at] != '"'; ++at) {
+  for (size_t at = 1; at < text.size();) {
+    const std::string_view rest = text.substr(at);
+    const auto* const stop = std::find_if(rest.begin(), rest.end(), kIsSpecial);
+    plain.append(rest.begin(), stop);
+    at += static_cast<size_t>(stop - rest.begin());
+    if (at == text.size() || text[at] == '"') break;
     if (IsGuarded(text, at)) ++at;
     if (!IsLineEnd(text[at])) plain += text[at];
+    ++at;
   }
   return plain;
 }
@@ -169,21 +190,26 @@ std::string UndoPercent(std::string_view text) {
 
 // One parameter of a field.
 struct RawParameter {
-  std::string name;        // with the "*" marks of an extended one
+  std::string_view name;   // with the "*" marks of an extended one
   std::string_view value;  // as it stands
   Comments comments;       // where in the value
 };
 
-std::optional<RawParameter> ParseParameter(std::string_view piece, Comments comments) {
+// SCRATCH holds a name that had comments in it.
+std::optional<RawParameter> ParseParameter(std::string_view piece, Comments comments,
+                                           std::string& scratch) {
   const bool some = comments != Comments::kNowhere;
+  bool commented = false;
   size_t equals = 0;
   while (equals < piece.size() && piece[equals] != '=') {
-    equals = some && piece[equals] == '(' ? SkipComment(piece, equals) : equals + 1;
+    const bool opens = some && piece[equals] == '(';
+    equals = opens ? SkipComment(piece, equals) : equals + 1;
+    commented |= opens;
   }
   if (equals >= piece.size()) return std::nullopt;
-  const std::string name(piece.substr(0, equals));
-  const std::string bare = some ? WithoutComments(name, Comments::kAnywhere) : name;
-  return RawParameter{std::string(Trim(bare)), piece.substr(equals + 1), comments};
+  std::string_view name = piece.substr(0, equals);
+  if (commented) name = scratch = WithoutComments(name, Comments::kAnywhere);
+  return RawParameter{Trim(name), piece.substr(equals + 1), comments};
 }
 
 // A parameter in its extended form, or a piece of one.
@@ -238,11 +264,14 @@ ParameterText JoinSections(const std::vector<Section>& sections) {
 
 }  // namespace
 
-std::string FieldValue::Main() const {
+std::string_view FieldValue::Main(std::string& scratch) const {
+  static constexpr CharacterSet kNeedsWork(
+      [](char c) { return c == '"' || c == '(' || IsLineEnd(c); });
   Splitter pieces(text_);
   std::string_view main;
   pieces.Next(main);
-  return PlainText(main, pieces.HasComments() ? Comments::kAnywhere : Comments::kNowhere);
+  if (std::none_of(main.begin(), main.end(), kNeedsWork)) return Trim(main);
+  return scratch = PlainText(main, pieces.HasComments() ? Comments::kAnywhere : Comments::kNowhere);
 }
 
 std::optional<ParameterText> FieldValue::FindParameter(std::string_view name) const {
@@ -250,9 +279,10 @@ std::optional<ParameterText> FieldValue::FindParameter(std::string_view name) co
   std::vector<Section> sections;
   Splitter pieces(text_);
   std::string_view piece;
+  std::string scratch;
   for (pieces.Next(piece); pieces.Next(piece);) {
     const Comments comments = pieces.HasComments() ? Comments::kAroundWords : Comments::kNowhere;
-    const auto parameter = ParseParameter(piece, comments);
+    const auto parameter = ParseParameter(piece, comments, scratch);
     if (!parameter || parameter->name.size() < name.size()) continue;
     const std::string_view full = parameter->name;
     if (!EqualIgnoringCase(full.substr(0, name.size()), name)) continue;
@@ -279,8 +309,8 @@ std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
 }
 
 std::optional<ContentType> ParseContentType(const FieldValue& value) {
-  const std::string text = value.Main();
-  const std::string_view main = text;
+  std::string scratch;
+  const std::string_view main = value.Main(scratch);
   const size_t slash = main.find('/');
   if (slash == std::string_view::npos) return std::nullopt;
   const std::string_view major = Trim(main.substr(0, slash));

@@ -23,7 +23,12 @@ class FieldValue {
   explicit FieldValue(std::string_view text) : text_(text) {}
 
   // What stands before the parameters: comments and folding removed, trimmed.
-  std::string Main() const;
+  std::string Main() const {
+    std::string scratch;
+    return std::string(Main(scratch));
+  }
+  // The same without a copy: SCRATCH holds it only when it does not stand like that in the text.
+  std::string_view Main(std::string& scratch) const;
 
   // A parameter, ready for use. When it stands in a plain and in an extended form, the extended one
   // counts, and of several alike the first.

@@ -2,6 +2,7 @@
 #include "mime/header_fields.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform/ascii.h"
 
@@ -13,37 +14,64 @@ constexpr std::string_view kDummyName = "X-Dummy";
 constexpr std::string_view kDummyValue =
     "Dummy header field to account for the following continuation line:";
 
-constexpr bool IsNameCharacter(char c) { return static_cast<unsigned char>(c) > ' ' && c != 0x7F; }
+// Room for the header of an attachment.
+constexpr size_t kFirstCapacity = 256;
+constexpr size_t kFirstFields = 4;
+
+constexpr CharacterSet kIsOfName([](char c) {
+  return static_cast<unsigned char>(c) > ' ' && c != 0x7F && c != ':';
+});
+
+// Copies the text and a zero, and answers the place behind.
+char* PutText(std::string_view text, char* to) {
+  text.copy(to, text.size());
+  to[text.size()] = '\0';
+  return to + text.size() + 1;
+}
 
 }  // namespace
 
+char* HeaderFields::Texts::Add(size_t size) {
+  if (size > capacity_ - size_) {
+    capacity_ = std::max({kFirstCapacity, 2 * capacity_, size_ + size});
+    auto larger = std::make_unique_for_overwrite<char[]>(capacity_);
+    if (size_ > 0) std::memcpy(larger.get(), block_.get(), size_);
+    block_ = std::move(larger);
+  }
+  size_ += size;
+  return block_.get() + size_ - size;
+}
+
 HeaderField HeaderFields::At(size_t index) const {
   const Entry& entry = entries_[index];
-  const std::string_view texts = texts_;
-  return {texts.substr(entry.start, entry.name_size),
-          texts.substr(entry.start + entry.name_size + 1, entry.value_size)};
+  const char* const name = texts_.At(entry.start);
+  return {{name, entry.name_size}, {name + entry.name_size + 1, entry.value_size}};
 }
 
 std::optional<std::string_view> HeaderFields::Find(std::string_view name, int n) const {
   int matches = 0;
-  for (size_t i = 0; i < entries_.size(); ++i) {
-    if (entries_[i].name_size != name.size()) continue;
-    const HeaderField field = At(i);
-    if (EqualIgnoringCase(field.name, name) && ++matches == n) return field.value;
+  for (const Entry& entry : entries_) {
+    if (entry.name_size != name.size()) continue;
+    const char* const found = texts_.At(entry.start);
+    if (!EqualIgnoringCase({found, name.size()}, name) || ++matches != n) continue;
+    return std::string_view(found + name.size() + 1, entry.value_size);
   }
   return std::nullopt;
 }
 
 void HeaderFields::Append(std::string_view name, std::string_view value) {
-  entries_.push_back({texts_.size(), name.size(), value.size()});
-  texts_.append(name).push_back('\0');
-  texts_.append(value).push_back('\0');
+  if (entries_.empty()) entries_.reserve(kFirstFields);
+  const size_t start = texts_.Size();
+  PutText(value, PutText(name, texts_.Add(name.size() + value.size() + 2)));
+  entries_.push_back({start, name.size(), value.size()});
 }
 
 void HeaderFields::Continue(std::string_view line) {
   if (entries_.empty()) Append(kDummyName, kDummyValue);
-  texts_.pop_back();
-  texts_.append("\r\n").append(line).push_back('\0');
+  char* const end = texts_.Add(line.size() + 2) - 1;  // over the zero
+  end[0] = '\r';
+  end[1] = '\n';
+  PutText(line, end + 2);
   entries_.back().value_size += line.size() + 2;
 }
 
@@ -53,8 +81,8 @@ bool HeaderFields::AppendLine(std::string_view line) {
     return true;
   }
   const char* end = line.data() + line.size();
-  const char* name_end =
-      std::find_if(line.data(), end, [](char c) { return c == ':' || !IsNameCharacter(c); });
+  const char* name_end = line.data();
+  while (name_end < end && kIsOfName(*name_end)) ++name_end;
   const char* colon = std::find_if_not(name_end, end, IsBlank);
   if (colon == end || *colon != ':') return false;
   const char* value = colon + 1;

@@ -5,8 +5,8 @@
 #define MIMORA_MIME_HEADER_FIELDS_H_
 
 #include <cstddef>
+#include <memory>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -40,10 +40,24 @@ class HeaderFields {
     size_t value_size;
   };
 
+  // All texts, in one block that grows.
+  class Texts {
+   public:
+    size_t Size() const { return size_; }
+    const char* At(size_t place) const { return block_.get() + place; }
+    // Makes room for SIZE more bytes and answers where they are to be written.
+    char* Add(size_t size);
+
+   private:
+    std::unique_ptr<char[]> block_;
+    size_t size_ = 0;
+    size_t capacity_ = 0;
+  };
+
   void Continue(std::string_view line);
 
-  // All texts lie in one block: a header costs two allocations that grow, whatever it holds.
-  std::string texts_;
+  // A header costs two allocations that grow, whatever it holds.
+  Texts texts_;
   std::vector<Entry> entries_;
 };
 

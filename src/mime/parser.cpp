@@ -25,8 +25,8 @@ bool IsTolerated(Result result) {
 // A delimiter that is in force as long as the object lives.
 class BoundaryScope {
  public:
-  BoundaryScope(Minstream& in, const std::string& boundary) : in_(in) {
-    in_.EnterBoundary("--" + boundary);
+  BoundaryScope(Minstream& in, std::string boundary) : in_(in) {
+    in_.EnterBoundary(std::move(boundary.insert(0, "--")));
   }
   ~BoundaryScope() { in_.LeaveBoundary(); }
   BoundaryScope(const BoundaryScope&) = delete;
@@ -38,10 +38,12 @@ class BoundaryScope {
 
 // The text of the delimiter lines. It is part of a line, whatever an encoded parameter says, and
 // cannot end in white space (RFC 2046 5.1.1): on the way that would be lost.
-std::string Boundary(const Bodypart& part) {
-  const std::string declared = part.Field("Content-Type").Parameter("boundary").value_or("");
-  const std::string_view line = declared;
-  return std::string(TrimRight(line.substr(0, line.find_first_of("\r\n")), IsBlank));
+std::string Boundary(const FieldValue& type) {
+  auto declared = type.Parameter("boundary");
+  if (!declared) return {};
+  const std::string_view line = *declared;
+  declared->resize(TrimRight(line.substr(0, line.find_first_of("\r\n")), IsBlank).size());
+  return *std::move(declared);
 }
 
 // Tells the log of the lines of a header that were passed over.
@@ -71,18 +73,22 @@ class Parser {
 
   Result LoadPart(Bodypart& part, int level) {
     const Result header = ParseHeader(part);
+    const FieldValue type = part.Field("Content-Type");
+    std::string scratch;
+    part.ContentTransferEncoding = part.Field("Content-Transfer-Encoding").Main(scratch);
+    part.Charset = type.Parameter("charset").value_or("");
     if (!IsTolerated(header)) {
       EndBody(part);
       return header;
     }
-    const Result body = ParseBody(part, level);
+    const Result body = ParseBody(part, type, level);
     return body == kOk ? header : body;
   }
 
  private:
   Result ParseHeader(Bodypart& part);
-  Result ParseBody(Bodypart& part, int level);
-  Result ParseMultipart(Bodypart& part, const ContentType& type, int level);
+  Result ParseBody(Bodypart& part, const FieldValue& declared, int level);
+  Result ParseMultipart(Bodypart& part, const FieldValue& declared, bool digest, int level);
   Result ParseChildren(Bodypart& part, bool digest, int level);
   Result ParseMessage(Bodypart& part, int level);
   Result ParseLeaf(Bodypart& part, const ContentType& type);
@@ -126,18 +132,16 @@ Result Parser::ParseHeader(Bodypart& part) {
   const int64_t end = PartPosition();
   part.HeaderSize = end - part.PartStart;
   part.BodyStart = end;
-  part.ContentTransferEncoding = part.Field("Content-Transfer-Encoding").Main();
-  part.Charset = part.Field("Content-Type").Parameter("charset").value_or("");
   return result;
 }
 
 // ---- Body ---------------------------------------------------------------------------------
 
-Result Parser::ParseBody(Bodypart& part, int level) {
+Result Parser::ParseBody(Bodypart& part, const FieldValue& declared, int level) {
   Result result = kOk;
-  const ContentType type = part.Type();
+  const ContentType type = part.Type(declared);
   if (type.major == "MULTIPART") {
-    result = ParseMultipart(part, type, level);
+    result = ParseMultipart(part, declared, type.sub == "DIGEST", level);
   } else if (type.major == "MESSAGE") {
     result = ParseMessage(part, level);
   } else {
@@ -157,8 +161,8 @@ void Parser::EndBody(Bodypart& part) {
   part.BodyStream = &in_;
 }
 
-Result Parser::ParseMultipart(Bodypart& part, const ContentType& type, int level) {
-  const std::string boundary = Boundary(part);
+Result Parser::ParseMultipart(Bodypart& part, const FieldValue& declared, bool digest, int level) {
+  std::string boundary = Boundary(declared);
   if (boundary.empty() || !MayHaveSubparts(level)) {
     part.Opaque = true;
     const Result result = CountDecoded(part);
@@ -166,9 +170,9 @@ Result Parser::ParseMultipart(Bodypart& part, const ContentType& type, int level
   }
   Result result = kOk;
   {
-    const BoundaryScope scope(in_, boundary);
+    const BoundaryScope scope(in_, std::move(boundary));
     in_.Skip();  // the preamble, which belongs to no part
-    result = ParseChildren(part, type.sub == "DIGEST", level);
+    result = ParseChildren(part, digest, level);
   }
   // The epilogue belongs to no part.
   if (IsTolerated(result) && in_.BoundaryCount() > 0) in_.Skip();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "diag/limits.h"
 #include "platform/ascii.h"
@@ -53,7 +54,7 @@ uint64_t TailOf(const char* end) {
 
 }  // namespace
 
-void Delimiters::Push(std::string_view delimiter) {
+void Delimiters::Push(std::string delimiter) {
   const bool has_tail = std::ssize(delimiter) >= kTailSize;
   const uint64_t tail = has_tail ? TailOf(delimiter.data() + delimiter.size()) : 0;
   size_t shared = delimiter.size();
@@ -63,13 +64,18 @@ void Delimiters::Push(std::string_view delimiter) {
         std::mismatch(outer.begin(), outer.end(), delimiter.begin(), delimiter.end()).first -
         outer.begin());
   }
-  stack_.push_back({std::string(delimiter), shared, tail});
+  stack_.push_back({std::move(delimiter), shared, tail});
+}
+
+// Whether it is not even worth comparing.
+bool Delimiters::DiffersInTail(const Delimiter& delimiter, const char* p, int64_t available) {
+  const auto length = std::ssize(delimiter.text);
+  return available >= length && length >= kTailSize && TailOf(p + length) != delimiter.tail;
 }
 
 DelimiterMatch Delimiters::MatchOne(const Delimiter& delimiter, const char* p, int64_t available,
                                     bool at_end) {
   const auto length = std::ssize(delimiter.text);
-  if (available >= length && length >= kTailSize && TailOf(p + length) != delimiter.tail) return {};
   const auto compared = static_cast<size_t>(std::min<int64_t>(length, available));
   if (std::memcmp(p, delimiter.text.data(), compared) != 0) return {};
   if (available < length) {
@@ -90,7 +96,7 @@ DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end,
   if (std::memcmp(p, Innermost().data(), shared) != 0) return best;
   for (size_t level = levels; level-- > 0;) {
     const Delimiter& delimiter = stack_[level];
-    if (delimiter.text.size() <= best_length) continue;
+    if (delimiter.text.size() <= best_length || DiffersInTail(delimiter, p, available)) continue;
     DelimiterMatch match = MatchOne(delimiter, p, available, at_end);
     if (match.verdict == DelimiterMatch::kMore) return match;
     if (match.verdict == DelimiterMatch::kNo) continue;

@@ -35,7 +35,7 @@ class Delimiters {
   char FirstCharacter() const { return stack_.back().text.front(); }
 
   void Clear() { stack_.clear(); }
-  void Push(std::string_view delimiter);
+  void Push(std::string delimiter);
   void Pop() { stack_.pop_back(); }
 
   // Whether the line that begins at P, of which AVAILABLE bytes are in view, is a delimiter line.
@@ -55,6 +55,7 @@ class Delimiters {
     uint64_t tail;
   };
 
+  static bool DiffersInTail(const Delimiter& delimiter, const char* p, int64_t available);
   static DelimiterMatch MatchOne(const Delimiter& delimiter, const char* p, int64_t available,
                                  bool at_end);
 

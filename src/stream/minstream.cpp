@@ -257,7 +257,7 @@ void Minstream::ReadDelimiterLine(DelimiterMatch match) {
     index_ += line_end;
     if (!another) break;
   }
-  plain_ = index_;
+  ForgetRun();
   hit_ = true;
 }
 
@@ -280,7 +280,7 @@ void Minstream::ReadRestOfLine() {
 int64_t Minstream::PlainLength() const {
   const char* begin = data_ + index_;
   const char* end = data_ + EffectiveEnd();
-  const char* stop = begin + std::min<int64_t>(end - begin, kLongestRun);
+  const char* stop = begin + std::min<int64_t>(end - begin, longest_run_);
   if (delimiters_.Empty()) return stop - begin;
   // A line end that may belong to a delimiter is not cut, and not handed out while the bytes
   // behind it are not in view.
@@ -308,24 +308,30 @@ bool Minstream::FindPlainRun() {
   if (!ok_ || hit_ || !Ensure(1)) return false;
   if (!delimiters_.Empty() && HitAtIndex()) return false;
   plain_ = index_ + PlainLength();
+  longest_run_ = std::min(2 * longest_run_, kLongestRun);
   return true;
+}
+
+void Minstream::ForgetRun() {
+  plain_ = index_;
+  longest_run_ = kFirstRun;
 }
 
 void Minstream::SetBoundary(std::string_view delimiter) {
   if (delimiters_.Count() == (delimiter.empty() ? 0 : 1) && GetBoundary() == delimiter) return;
   ClearBoundaryHit();
   delimiters_.Clear();
-  if (!delimiter.empty()) delimiters_.Push(delimiter);
-  plain_ = index_;
+  if (!delimiter.empty()) delimiters_.Push(std::string(delimiter));
+  ForgetRun();
 }
 
-void Minstream::EnterBoundary(std::string_view delimiter) {
-  delimiters_.Push(delimiter);
-  plain_ = index_;
+void Minstream::EnterBoundary(std::string delimiter) {
+  delimiters_.Push(std::move(delimiter));
+  ForgetRun();
   if (!hit_) return;
   // The line that was taken for an outer delimiter may be the first one of this, unless it fits
   // that one better.
-  if (delimiter.size() < delimiters_.At(hit_level_).size()) return;
+  if (delimiters_.Innermost().size() < delimiters_.At(hit_level_).size()) return;
   const DelimiterMatch match = delimiters_.MatchInnermost(boundary_line_);
   if (match.verdict != DelimiterMatch::kYes) return;
   hit_level_ = match.level;
@@ -335,7 +341,7 @@ void Minstream::EnterBoundary(std::string_view delimiter) {
 void Minstream::LeaveBoundary() {
   if (InnermostHit()) ClearBoundaryHit();
   delimiters_.Pop();
-  plain_ = index_;
+  ForgetRun();
 }
 
 void Minstream::ClearBoundaryHit() {
@@ -364,9 +370,24 @@ bool Minstream::PeekChar(char& c) {
 
 bool Minstream::ReadLine(std::string_view& line, LineEnd* line_end) {
   const bool hit_before = hit_;
+  const std::string_view run = NextRun();
+  const auto length =
+      static_cast<size_t>(FindLineEnd(run.data(), run.data() + run.size()) - run.data());
+  if (length + 1 >= run.size()) return ReadLineInPieces(line, line_end, hit_before);
+  const char* const end = run.data() + length;
+  const LineEnd found = *end == '\n'     ? LineEnd::kLf
+                        : end[1] == '\n' ? LineEnd::kCrLf
+                                         : LineEnd::kCr;
+  if (line_end != nullptr) *line_end = found;
+  line = run.substr(0, length);
+  Take(length + (found == LineEnd::kCrLf ? 2 : 1));
+  return true;
+}
+
+// A line that goes on behind the run, or may do so with the LF of its line end.
+bool Minstream::ReadLineInPieces(std::string_view& line, LineEnd* line_end, bool hit_before) {
   LineEnd found = LineEnd::kNone;
   line_.clear();
-  line = {};
   bool complete = false;
   bool any = false;
   while (!complete) {
@@ -374,31 +395,23 @@ bool Minstream::ReadLine(std::string_view& line, LineEnd* line_end) {
     if (run.empty()) {
       // The end of an empty line may be the one in front of a delimiter: that is a line, too.
       any = !line_.empty() || (hit_ && !hit_before && hit_line_end_ > 0);
-      line = line_;
       break;
     }
     const char* end = FindLineEnd(run.data(), run.data() + run.size());
     const auto length = static_cast<size_t>(end - run.data());
     complete = any = length < run.size();
     // What ends with the run has to be kept: the next one may take its place in the buffer.
-    const bool keep = length + 1 >= run.size() || !line_.empty();
-    if (keep) line_.append(run.data(), length);
-    line = keep ? std::string_view(line_) : run.substr(0, length);
-    if (!complete) {
-      Take(length);
-    } else if (*end == '\n') {
-      found = LineEnd::kLf;
-      Take(length + 1);
-    } else if (length + 1 < run.size()) {
-      found = end[1] == '\n' ? LineEnd::kCrLf : LineEnd::kCr;
-      Take(length + (found == LineEnd::kCrLf ? 2 : 1));
-    } else {
-      Take(length + 1);
-      char next = 0;
-      found = PeekChar(next) && next == '\n' ? LineEnd::kCrLf : LineEnd::kCr;
-      if (found == LineEnd::kCrLf) Take(1);
+    line_.append(run.data(), length);
+    Take(length + (complete ? 1 : 0));
+    if (!complete) continue;
+    found = *end == '\n' ? LineEnd::kLf : LineEnd::kCr;
+    char next = 0;
+    if (found == LineEnd::kCr && PeekChar(next) && next == '\n') {
+      found = LineEnd::kCrLf;
+      Take(1);
     }
   }
+  line = line_;
   if (line_end != nullptr) *line_end = found;
   return any;
 }

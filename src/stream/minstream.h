@@ -122,7 +122,7 @@ class Minstream {
 
   // Arms a further delimiter inside those in force, and gives the former ones back. After a hit the
   // delimiter line is looked at again. A hit on the one that goes is cleared.
-  void EnterBoundary(std::string_view delimiter);
+  void EnterBoundary(std::string delimiter);
   void LeaveBoundary();
   size_t BoundaryCount() const { return delimiters_.Count(); }
 
@@ -147,6 +147,11 @@ class Minstream {
  private:
   enum Mode : int32_t { kMemory = 0, kBuffered = 1 };
 
+  // A delimiter that is armed or hit makes what was found out about the bytes ahead worthless.
+  // Behind one, runs are short at first: of many parts, each in another, none must look ahead
+  // through all the inner ones.
+  static constexpr int64_t kFirstRun = 512;
+
   void LogCreation(int64_t size) const;
   void AllocateBuffer(int64_t size);
   bool Grow(int64_t capacity);
@@ -159,7 +164,9 @@ class Minstream {
   int32_t ErrorOfRead(int64_t count, int64_t request) const;
   bool Ensure(int64_t count);
   bool FindPlainRun();
+  bool ReadLineInPieces(std::string_view& line, LineEnd* line_end, bool hit_before);
   int64_t PlainLength() const;
+  void ForgetRun();
   int64_t LineEndSizeAt(int64_t skip);
   bool HitAtIndex();
   DelimiterMatch DecideMatch(int64_t skip, size_t levels);
@@ -184,7 +191,8 @@ class Minstream {
   int64_t capacity_ = 0;
   int64_t filled_ = 0;
   int64_t index_ = 0;
-  int64_t plain_ = 0;       // data_[index_, plain_) holds no part of a delimiter
+  int64_t plain_ = 0;  // data_[index_, plain_) holds no part of a delimiter
+  int64_t longest_run_ = kFirstRun;
   int64_t buffer_end_ = 0;  // position behind the last byte in the buffer; 0 in memory
   int64_t read_limit_ = kNoReadLimit;
   std::unique_ptr<char[]> buffer_;

@@ -190,7 +190,7 @@ const CommandCase kCommands[] = {
     {"extract into an unknown character set", "$T extract --charset x-odd -o out letter.eml", 1, {},
      {"mimora: letter.eml: a character set is not known\n"}},
     {"progress of slow work on a terminal",
-     "script -qec '(sleep 0.6; cat $E/tnef.eml) | $T extract -o out - >list' /dev/null; cat list", 0,
+     "script -qec '(sleep 1.5; cat $E/tnef.eml) | $T extract -o out - >list' /dev/null; cat list", 0,
      {"[#########-------]  62%  2 of 4 files, ", "[################] 100%  4 of 4 files, "}},
     {"body decoded", "$T save --part 1 letter.eml | od -An -c", 0, {"   c   a   f 303 251\n"}},
     {"body as it stands", "$T save --part 1 --raw letter.eml", 0, {"caf=C3=A9"}},
