@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "codec/base64_alphabet.h"
+#include "codec/base64_blocks.h"
 #include "codec/run_coder.h"
 #include "stream/scan.h"
 
@@ -13,31 +14,6 @@ namespace mimora {
 namespace {
 
 constexpr char kPadding = '=';
-
-constexpr uint8_t IsBetween(char c, char low, char high) {
-  return static_cast<uint8_t>(c - low) <= static_cast<uint8_t>(high - low) ? 1 : 0;
-}
-
-// By comparisons instead of the table, one range at most being true: the compiler does sixteen
-// characters at a time.
-constexpr uint8_t IsInAlphabet(char c) {
-  return static_cast<uint8_t>(IsBetween(c, 'A', 'Z') | IsBetween(c, 'a', 'z') |
-                              IsBetween(c, '0', '9') | IsBetween(c, '+', '+') |
-                              IsBetween(c, '/', '/'));
-}
-
-int64_t CountAlphabet(const char* p, const char* end) {
-  // Few enough for a counter of one byte, and a multiple of all vector sizes.
-  constexpr int64_t kPiece = 192;
-  int64_t count = 0;
-  for (; end - p >= kPiece; p += kPiece) {
-    uint8_t piece = 0;
-    for (int64_t i = 0; i < kPiece; ++i) piece = static_cast<uint8_t>(piece + IsInAlphabet(p[i]));
-    count += piece;
-  }
-  for (; p < end; ++p) count += IsInAlphabet(*p);
-  return count;
-}
 
 // Cuts the characters into lines.
 class LineWriter {
@@ -163,16 +139,10 @@ void Base64Decoder::Feed(std::string_view text) {
       filled = 0;
     }
     if (characters_ == 0) {
-      while (end - p >= 4 && filled + 3 <= bytes.size()) {
-        const uint8_t a = Base64Value(p[0]), b = Base64Value(p[1]), c = Base64Value(p[2]),
-                      d = Base64Value(p[3]);
-        if ((a | b | c | d) & kForeignToBase64) break;
-        bytes[filled] = static_cast<char>(a << 2 | b >> 4);
-        bytes[filled + 1] = static_cast<char>(b << 4 | c >> 2);
-        bytes[filled + 2] = static_cast<char>(c << 6 | d);
-        filled += 3;
-        p += 4;
-      }
+      char* out = bytes.data() + filled;
+      const auto at = DecodeBase64Groups({p, out}, end, bytes.data() + bytes.size());
+      filled += static_cast<size_t>(at.out - out);
+      p = at.in;
       if (p == end || filled + 3 > bytes.size()) continue;
     }
     const char c = *p++;
@@ -212,7 +182,7 @@ void Base64Counter::Feed(std::string_view text) {
     const auto* padding =
         static_cast<const char*>(std::memchr(p, kPadding, static_cast<size_t>(end - p)));
     const char* stop = padding != nullptr ? padding : end;
-    characters_ += CountAlphabet(p, stop);
+    characters_ += CountBase64Characters(p, stop);
     p = stop;
     if (padding == nullptr) break;
     EndGroup();

@@ -5,6 +5,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
+#include "platform/cpu.h"
+
 namespace mimora::platform {
 namespace {
 
@@ -15,6 +19,26 @@ TEST(FindSetting, TakesTheLastLineOfThatName) {
   EXPECT_EQ(FindSetting(text, "Other"), std::nullopt);
   EXPECT_EQ(FindSetting("Key20=", "Key20"), "");
   EXPECT_EQ(FindSetting("", "Key20"), std::nullopt);
+}
+
+TEST(CpuLevel, IsLoweredByTheSettingOnly) {
+  const CpuLevel before = GetCpuLevel();
+  SetCpuLevel(CpuLevel::kAvx2);
+  const CpuLevel highest = GetCpuLevel();
+  constexpr struct {
+    const char* setting;
+    CpuLevel want;
+  } kCases[] = {{"portable", CpuLevel::kPortable},
+                {"sse", CpuLevel::kSse},
+                {"avx2", CpuLevel::kAvx2},
+                {"", CpuLevel::kAvx2}};
+  for (const auto& c : kCases) {
+    setenv("MIMORA_CPU", c.setting, 1);
+    EXPECT_EQ(ChooseCpuLevel(), std::min(c.want, highest)) << c.setting;
+    EXPECT_EQ(GetCpuLevel(), std::min(c.want, highest)) << c.setting;
+  }
+  unsetenv("MIMORA_CPU");
+  SetCpuLevel(before);
 }
 
 TEST(ReadWord, AnswersForAnyAddress) {

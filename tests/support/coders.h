@@ -7,6 +7,7 @@
 #include <random>
 
 #include "codec/transfer_encoding.h"
+#include "support/cpu_levels.h"
 #include "support/sources.h"
 
 namespace mimora::testing {
@@ -34,7 +35,7 @@ inline std::string Coded(const StreamCoder& coder, std::string_view text) {
 
 // From every source, into memory and into a stream that only counts.
 inline void ExpectCoded(const StreamCoder& coder, std::string_view text, std::string_view want) {
-  ForEverySource(text, [&](Minstream& in) {
+  const auto expect_coded = [&](Minstream& in) {
     Moutstream out(MemorySink{});
     EXPECT_EQ(coder(in, out), 0);
     EXPECT_EQ(TextOf(out), want);
@@ -42,7 +43,8 @@ inline void ExpectCoded(const StreamCoder& coder, std::string_view text, std::st
     Moutstream counting(CountingSink{});
     EXPECT_EQ(coder(in, counting), 0);
     EXPECT_EQ(counting.WritePos(), std::ssize(want));
-  });
+  };
+  ForEveryCpuLevel([&] { ForEverySource(text, expect_coded); });
 }
 
 template <typename Cases>
@@ -59,6 +61,12 @@ std::string RandomText(std::mt19937& random, size_t count, const Pieces& pieces)
   std::string text;
   while (count-- > 0) text += pieces[random() % std::size(pieces)];
   return text;
+}
+
+// Some characters, as often as not none, become any others.
+inline void Damage(std::mt19937& random, std::string& text) {
+  for (size_t count = random() % 6; count > 3 && !text.empty(); --count)
+    text[random() % text.size()] = static_cast<char>(random());
 }
 
 // All coders get the same random pieces of at most LONGEST bytes.

@@ -1,0 +1,295 @@
+// Copyright (c) 2026 the mimora developers.
+#include "codec/base64_blocks.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <string_view>
+
+#include "codec/base64_alphabet.h"
+#include "codec/six_bits.h"
+#include "platform/cpu.h"
+
+namespace mimora {
+namespace {
+
+using platform::CpuLevel;
+
+// ---- Counting -----------------------------------------------------------------------------------
+
+constexpr uint8_t IsBetween(char c, char low, char high) {
+  return static_cast<uint8_t>(c - low) <= static_cast<uint8_t>(high - low) ? 1 : 0;
+}
+
+// By comparisons instead of the table, one range at most being true: the compiler does as many
+// characters at a time as fit into a vector.
+constexpr uint8_t IsInAlphabet(char c) {
+  return static_cast<uint8_t>(IsBetween(c, 'A', 'Z') | IsBetween(c, 'a', 'z') |
+                              IsBetween(c, '0', '9') | IsBetween(c, '+', '+') |
+                              IsBetween(c, '/', '/'));
+}
+
+int64_t CountPortable(const char* p, const char* end) {
+  // Few enough for a counter of one byte, and a multiple of all vector sizes.
+  constexpr int64_t kPiece = 192;
+  int64_t count = 0;
+  for (; end - p >= kPiece; p += kPiece) {
+    uint8_t piece = 0;
+    for (int64_t i = 0; i < kPiece; ++i) piece = static_cast<uint8_t>(piece + IsInAlphabet(p[i]));
+    count += piece;
+  }
+  for (; p < end; ++p) count += IsInAlphabet(*p);
+  return count;
+}
+
+// ---- Decoding -----------------------------------------------------------------------------------
+
+Base64Progress DecodePortable(Base64Progress at, const char* end, const char* out_end) {
+  while (end - at.in >= 4 && out_end - at.out >= 3) {
+    const uint8_t a = Base64Value(at.in[0]), b = Base64Value(at.in[1]), c = Base64Value(at.in[2]),
+                  d = Base64Value(at.in[3]);
+    if ((a | b | c | d) & kForeignToBase64) break;
+    at.out[0] = static_cast<char>(a << 2 | b >> 4);
+    at.out[1] = static_cast<char>(b << 4 | c >> 2);
+    at.out[2] = static_cast<char>(c << 6 | d);
+    at.out += 3;
+    at.in += 4;
+  }
+  return at;
+}
+
+#if MIMORA_HAS_VECTORS
+
+// ---- By halves of characters --------------------------------------------------------------------
+//
+// A character is foreign when the bit of its high half is set for its low half. The value is the
+// character plus what its high half says, '/' alone being different from its neighbours.
+
+using Halves = std::array<char, 16>;
+
+constexpr int HighHalfBit(int high) { return high < 2 || high > 7 ? 1 : 1 << (high - 1); }
+
+consteval Halves MakeHighHalves() {
+  Halves bits{};
+  for (int high = 0; high < 16; ++high) {
+    bits[static_cast<size_t>(high)] = static_cast<char>(HighHalfBit(high));
+  }
+  return bits;
+}
+
+consteval Halves MakeLowHalves() {
+  Halves foreign{};
+  for (int low = 0; low < 16; ++low) {
+    int bits = 0;
+    for (int high = 0; high < 16; ++high) {
+      const bool is_foreign = Base64Value(static_cast<char>(high << 4 | low)) == kForeignToBase64;
+      if (is_foreign) bits |= HighHalfBit(high);
+    }
+    foreign[static_cast<size_t>(low)] = static_cast<char>(bits);
+  }
+  return foreign;
+}
+
+// Behind the high halves; the place of '/' is one in front of the others with its high half.
+consteval Halves MakeShifts() {
+  Halves shifts{};
+  for (const char c : std::string_view("/+0AQaq")) {
+    const auto high = static_cast<size_t>(c >> 4);
+    shifts[c == '/' ? high - 1 : high] = static_cast<char>(Base64Value(c) - c);
+  }
+  return shifts;
+}
+
+constexpr Halves kHighHalves = MakeHighHalves();
+constexpr Halves kLowHalves = MakeLowHalves();
+constexpr Halves kShifts = MakeShifts();
+
+MIMORA_FOR_SSE MIMORA_INLINE __m128i Load(const char* p) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+struct Sse {
+  static constexpr int kSize = 16;
+
+  struct Characters {
+    __m128i text, high;
+  };
+
+  MIMORA_FOR_SSE static MIMORA_INLINE Characters Take(const char* p) {
+    const __m128i text = Load(p);
+    return {text, _mm_and_si128(_mm_srli_epi32(text, 4), _mm_set1_epi8(0x0F))};
+  }
+
+  // All ones for characters of the alphabet.
+  MIMORA_FOR_SSE static MIMORA_INLINE __m128i InAlphabet(Characters c) {
+    const __m128i low = _mm_and_si128(c.text, _mm_set1_epi8(0x0F));
+    const __m128i bits = _mm_and_si128(_mm_shuffle_epi8(Load(kHighHalves.data()), c.high),
+                                       _mm_shuffle_epi8(Load(kLowHalves.data()), low));
+    return _mm_cmpeq_epi8(bits, _mm_setzero_si128());
+  }
+
+  // Writes a block and tells how many characters in front are of the alphabet.
+  MIMORA_FOR_SSE static int Decode(const char* p, char* out) {
+    const Characters c = Take(p);
+    const __m128i slash = _mm_cmpeq_epi8(c.text, _mm_set1_epi8('/'));
+    const __m128i shift = _mm_shuffle_epi8(Load(kShifts.data()), _mm_add_epi8(c.high, slash));
+    StorePacked(_mm_add_epi8(c.text, shift), out);
+    return std::countr_one(static_cast<uint32_t>(_mm_movemask_epi8(InAlphabet(c))));
+  }
+
+  MIMORA_FOR_SSE static MIMORA_INLINE int64_t Sum(__m128i bytes) {
+    const __m128i sums = _mm_sad_epu8(bytes, _mm_setzero_si128());
+    return _mm_cvtsi128_si64(sums) + _mm_extract_epi64(sums, 1);
+  }
+
+  MIMORA_FOR_SSE static int64_t CountBlocks(const char* p, int64_t blocks) {
+    __m128i counts = _mm_setzero_si128();
+    for (; blocks > 0; --blocks, p += kSize) counts = _mm_sub_epi8(counts, InAlphabet(Take(p)));
+    return Sum(counts);
+  }
+};
+
+struct Avx2 {
+  static constexpr int kSize = 32;
+
+  struct Characters {
+    __m256i text, high;
+  };
+
+  MIMORA_FOR_AVX2 static MIMORA_INLINE __m256i LoadTwice(const Halves& table) {
+    return _mm256_broadcastsi128_si256(Load(table.data()));
+  }
+
+  MIMORA_FOR_AVX2 static MIMORA_INLINE Characters Take(const char* p) {
+    const __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    return {text, _mm256_and_si256(_mm256_srli_epi32(text, 4), _mm256_set1_epi8(0x0F))};
+  }
+
+  MIMORA_FOR_AVX2 static MIMORA_INLINE __m256i InAlphabet(Characters c) {
+    const __m256i low = _mm256_and_si256(c.text, _mm256_set1_epi8(0x0F));
+    const __m256i bits = _mm256_and_si256(_mm256_shuffle_epi8(LoadTwice(kHighHalves), c.high),
+                                          _mm256_shuffle_epi8(LoadTwice(kLowHalves), low));
+    return _mm256_cmpeq_epi8(bits, _mm256_setzero_si256());
+  }
+
+  MIMORA_FOR_AVX2 static int Decode(const char* p, char* out) {
+    const Characters c = Take(p);
+    const __m256i slash = _mm256_cmpeq_epi8(c.text, _mm256_set1_epi8('/'));
+    const __m256i shift = _mm256_shuffle_epi8(LoadTwice(kShifts), _mm256_add_epi8(c.high, slash));
+    StorePacked(_mm256_add_epi8(c.text, shift), out);
+    return std::countr_one(static_cast<uint32_t>(_mm256_movemask_epi8(InAlphabet(c))));
+  }
+
+  MIMORA_FOR_AVX2 static int64_t CountBlocks(const char* p, int64_t blocks) {
+    __m256i counts = _mm256_setzero_si256();
+    for (; blocks > 0; --blocks, p += kSize) counts = _mm256_sub_epi8(counts, InAlphabet(Take(p)));
+    return Sse::Sum(_mm256_castsi256_si128(counts)) + Sse::Sum(_mm256_extracti128_si256(counts, 1));
+  }
+};
+
+// ---- Runs of blocks -----------------------------------------------------------------------------
+
+template <typename Vector>
+MIMORA_INLINE int64_t CountCharacters(const char* p, const char* end) {
+  constexpr int64_t kMostBlocks = 255;  // counted in single bytes
+  int64_t count = 0;
+  while (end - p >= Vector::kSize) {
+    const int64_t blocks = std::min<int64_t>((end - p) / Vector::kSize, kMostBlocks);
+    count += Vector::CountBlocks(p, blocks);
+    p += blocks * Vector::kSize;
+  }
+  return count + CountPortable(p, end);
+}
+
+// The size of the line end at P: CR LF or LF, 0 when it is neither.
+MIMORA_INLINE int LineEndSize(const char* p, const char* end) {
+  if (*p == '\r' && end - p >= 2 && p[1] == '\n') return 2;
+  return *p == '\n' ? 1 : 0;
+}
+
+// A line of that many characters, whole groups; answers whether that is what it is.
+template <typename Vector>
+MIMORA_INLINE bool DecodeLine(Base64Progress at, int64_t length) {
+  for (; length >= Vector::kSize; length -= Vector::kSize) {
+    if (Vector::Decode(at.in, at.out) != Vector::kSize) return false;
+    at.in += Vector::kSize;
+    at.out += Vector::kSize / 4 * 3;
+  }
+  return Vector::Decode(at.in, at.out) >= length;
+}
+
+// Further lines like the one that has just ended in front of AT. Where a line ends is known in
+// advance here, so that the processor can be busy with several lines at a time.
+template <typename Vector>
+MIMORA_INLINE Base64Progress DecodeLinesAlike(Base64Progress at, const char* end,
+                                              const char* out_end, int64_t length, int line_end) {
+  const int64_t in_size = length + line_end;
+  const int64_t out_size = length / 4 * 3;
+  const char last = at.in[-line_end];
+  while (end - at.in >= in_size + Vector::kSize && out_end - at.out >= out_size + Vector::kSize &&
+         at.in[length] == last && at.in[in_size - 1] == '\n' && DecodeLine<Vector>(at, length)) {
+    at.in += in_size;
+    at.out += out_size;
+  }
+  return at;
+}
+
+template <typename Vector>
+MIMORA_INLINE Base64Progress DecodeBlocks(Base64Progress at, const char* end, const char* out_end) {
+  const char* line = at.in;
+  while (end - at.in >= Vector::kSize && out_end - at.out >= Vector::kSize) {
+    const int good = Vector::Decode(at.in, at.out);
+    at.in += good & ~3;
+    at.out += (good >> 2) * 3;
+    if (good == Vector::kSize) continue;
+    const int line_end = LineEndSize(at.in, end);
+    if (line_end == 0) break;
+    const int64_t length = at.in - line;
+    at.in += line_end;
+    at = DecodeLinesAlike<Vector>(at, end, out_end, length, line_end);
+    line = at.in;
+  }
+  return at;
+}
+
+MIMORA_FOR_SSE MIMORA_FLAT Base64Progress DecodeSse(Base64Progress at, const char* end,
+                                                    const char* out_end) {
+  return DecodeBlocks<Sse>(at, end, out_end);
+}
+
+MIMORA_FOR_AVX2 MIMORA_FLAT Base64Progress DecodeAvx2(Base64Progress at, const char* end,
+                                                      const char* out_end) {
+  return DecodeBlocks<Avx2>(at, end, out_end);
+}
+
+MIMORA_FOR_SSE MIMORA_FLAT int64_t CountSse(const char* p, const char* end) {
+  return CountCharacters<Sse>(p, end);
+}
+
+MIMORA_FOR_AVX2 MIMORA_FLAT int64_t CountAvx2(const char* p, const char* end) {
+  return CountCharacters<Avx2>(p, end);
+}
+
+#endif  // MIMORA_HAS_VECTORS
+
+}  // namespace
+
+Base64Progress DecodeBase64Groups(Base64Progress at, const char* end, const char* out_end) {
+#if MIMORA_HAS_VECTORS
+  const CpuLevel level = platform::GetCpuLevel();
+  if (level == CpuLevel::kSse) at = DecodeSse(at, end, out_end);
+  if (level == CpuLevel::kAvx2) at = DecodeAvx2(at, end, out_end);
+#endif
+  return DecodePortable(at, end, out_end);
+}
+
+int64_t CountBase64Characters(const char* p, const char* end) {
+#if MIMORA_HAS_VECTORS
+  const CpuLevel level = platform::GetCpuLevel();
+  if (level == CpuLevel::kSse) return CountSse(p, end);
+  if (level == CpuLevel::kAvx2) return CountAvx2(p, end);
+#endif
+  return CountPortable(p, end);
+}
+
+}  // namespace mimora
