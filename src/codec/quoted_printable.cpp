@@ -3,6 +3,8 @@
 
 #include <array>
 
+#include "codec/quoted_printable_blocks.h"
+#include "codec/quoted_printable_digits.h"
 #include "codec/run_coder.h"
 #include "diag/limits.h"
 #include "platform/ascii.h"
@@ -15,13 +17,6 @@ namespace {
 constexpr size_t kLongestPlainLine = 71;
 
 constexpr std::string_view kHexDigits = "0123456789ABCDEF";
-
-// Letters behind F go on with the sequence; the value of the pair keeps its low eight bits.
-constexpr int DigitValue(char c) { return IsDigit(c) ? c - '0' : ToUpper(c) - 'A' + 10; }
-
-constexpr bool IsLetterOrDigit(char c) {
-  return IsDigit(c) || (ToUpper(c) >= 'A' && ToUpper(c) <= 'Z');
-}
 
 // Bytes that an encoded line holds as they stand, wherever they are in it.
 consteval std::array<bool, 256> MakePlain() {
@@ -147,10 +142,26 @@ void QuotedPrintableDecoder::Feed(std::string_view text) {
       EndLine("\r\n");
     } else if (escape_ != Escape::kNone) {
       p = FeedEscape(p, end);
+    } else if (const char* plain_end = FeedPlain(p, end); plain_end > p) {
+      p = plain_end;
     } else {
       p = FeedText(p, end);
     }
   }
+}
+
+// Takes what goes in blocks, behind which nothing is pending.
+const char* QuotedPrintableDecoder::FeedPlain(const char* p, const char* end) {
+  if (!held_.empty()) return p;
+  if (out_.Counts()) {
+    const auto count = CountQuotedPrintableBlocks(p, end);
+    out_.Count(count.bytes);
+    return count.in;
+  }
+  std::array<char, 4096> bytes;
+  const auto at = DecodeQuotedPrintableBlocks({p, bytes.data()}, end, bytes.data() + bytes.size());
+  out_.WriteBlock(bytes.data(), at.out - bytes.data());
+  return at.in;
 }
 
 // Takes text up to the next escape or line end, the "=" of the escape included.
@@ -182,7 +193,7 @@ const char* QuotedPrintableDecoder::FeedEscape(const char* p, const char* end) {
     digit_ = *p;
     escape_ = Escape::kDigit;
   } else {
-    out_.WriteChar(static_cast<char>(16 * DigitValue(digit_) + DigitValue(*p)));
+    out_.WriteChar(static_cast<char>(QuotedPrintableValue(digit_, *p)));
     escape_ = Escape::kNone;
   }
   return p + 1;

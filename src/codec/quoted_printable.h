@@ -33,6 +33,7 @@ class QuotedPrintableDecoder {
     kDigit,  // behind "=" and one digit
   };
 
+  const char* FeedPlain(const char* p, const char* end);
   const char* FeedText(const char* p, const char* end);
   const char* FeedEscape(const char* p, const char* end);
   void EndLine(std::string_view line_end);

@@ -74,15 +74,31 @@ TEST(DecodeQuotedPrintable, DecodesAlikeFromEverySource) { ExpectAllCoded(kDecod
 TEST(DecodeQuotedPrintable, AgreesWithASimpleDecoderOnAnyTextInAnyPieces) {
   constexpr std::string_view kMarks = "==4Fg \t\r\n\r\n!";
   constexpr std::string_view kWords[] = {
-      "Some longer words ", "=C3=A9", "=\r\n", "\r\n", " \n", "=", "."};
+      "Some longer words ",
+      "a whole line of words as it stands in a letter to a friend of mine\r\n",
+      "=C3=A9",
+      "=\r\n",
+      "\r\n",
+      " \n",
+      "=\n",
+      "=",
+      "."};
   std::mt19937 random(1);
   for (int i = 0; i < 6000; ++i) {
-    const std::string text = i % 2 == 0 ? RandomText(random, random() % 40, kMarks)
-                                        : RandomText(random, random() % 80, kWords);
-    Moutstream out(MemorySink{});
-    QuotedPrintableDecoder decoder(out);
-    FeedInPieces(random, 1 + random() % 40, text, decoder);
-    ASSERT_EQ(TextOf(out), DecodeLineByLine(text)) << "text " << i << ": " << text;
+    std::string text = i % 2 == 0 ? RandomText(random, random() % 40, kMarks)
+                                  : RandomText(random, random() % 80, kWords);
+    Damage(random, text);
+    const std::string want = DecodeLineByLine(text);
+    const auto seed = static_cast<uint32_t>(random());
+    ForEveryCpuLevel([&] {
+      Moutstream out(MemorySink{}), counting(CountingSink{});
+      QuotedPrintableDecoder decoder(out), counter(counting);
+      std::mt19937 cuts(seed);
+      FeedInPieces(cuts, 1 + cuts() % (i % 4 < 2 ? 40 : 600), text, decoder, counter);
+      ASSERT_EQ(TextOf(out), want) << "text " << i << ": " << text;
+      ASSERT_EQ(counting.WritePos(), std::ssize(want)) << "text " << i << ": " << text;
+    });
+    if (::testing::Test::HasFatalFailure()) return;
   }
 }
 
