@@ -35,6 +35,28 @@ class LineWriter {
     }
   }
 
+  // How many groups it takes to end the line.
+  size_t GroupsLeft() const {
+    return column_ == 0 ? 0 : (static_cast<size_t>(line_length_ - column_) + 3) / 4;
+  }
+
+  // Encodes whole lines, where they are made of whole groups, and tells how many bytes those were.
+  size_t EncodeLines(std::string_view bytes) {
+    constexpr int kUnbrokenPiece = 256;
+    if (column_ > 0 || (line_length_ > 0 && line_length_ % 4 != 0)) return 0;
+    const Base64Lines lines =
+        line_length_ > 0 ? Base64Lines{line_length_, 2} : Base64Lines{kUnbrokenPiece, 0};
+    std::array<char, 8192> text;
+    const char* end = bytes.data() + bytes.size();
+    const char* in = bytes.data();
+    for (;;) {
+      const auto at = EncodeBase64Lines({in, text.data()}, end, text.data() + text.size(), lines);
+      if (at.in == in) return static_cast<size_t>(in - bytes.data());
+      out_.WriteBlock(text.data(), at.out - text.data());
+      in = at.in;
+    }
+  }
+
   void EndLine() {
     if (column_ > 0) out_.WriteText("\r\n");
     column_ = 0;
@@ -56,7 +78,9 @@ class Encoder {
       Push(bytes.front());
       bytes.remove_prefix(1);
     }
-    while (bytes.size() >= 3) bytes.remove_prefix(EncodeGroups(bytes));
+    bytes.remove_prefix(EncodeGroups(bytes, lines_.GroupsLeft()));
+    bytes.remove_prefix(lines_.EncodeLines(bytes));
+    while (bytes.size() >= 3) bytes.remove_prefix(EncodeGroups(bytes, SIZE_MAX));
     for (const char c : bytes) Push(c);
   }
 
@@ -65,28 +89,18 @@ class Encoder {
     const int missing = 3 - waiting_;
     for (int i = 0; i < missing; ++i) group_[waiting_ + i] = 0;
     char characters[4];
-    EncodeGroup(group_, characters);
+    EncodeBase64Group(group_, characters);
     for (int i = 0; i < missing; ++i) characters[3 - i] = kPadding;
     lines_.Write({characters, 4});
     lines_.EndLine();
   }
 
  private:
-  static void EncodeGroup(const char* bytes, char* characters) {
-    const uint32_t bits = static_cast<uint32_t>(static_cast<uint8_t>(bytes[0])) << 16 |
-                          static_cast<uint32_t>(static_cast<uint8_t>(bytes[1])) << 8 |
-                          static_cast<uint8_t>(bytes[2]);
-    characters[0] = kBase64Alphabet[bits >> 18];
-    characters[1] = kBase64Alphabet[bits >> 12 & 63];
-    characters[2] = kBase64Alphabet[bits >> 6 & 63];
-    characters[3] = kBase64Alphabet[bits & 63];
-  }
-
-  // Encodes some of the whole groups in front and tells how many bytes those were.
-  size_t EncodeGroups(std::string_view bytes) {
+  // Encodes groups, at most so many and some of them, and tells how many bytes those were.
+  size_t EncodeGroups(std::string_view bytes, size_t most) {
     std::array<char, 4096> characters;
-    const size_t groups = std::min(bytes.size() / 3, characters.size() / 4);
-    for (size_t i = 0; i < groups; ++i) EncodeGroup(&bytes[3 * i], &characters[4 * i]);
+    const size_t groups = std::min({bytes.size() / 3, characters.size() / 4, most});
+    for (size_t i = 0; i < groups; ++i) EncodeBase64Group(&bytes[3 * i], &characters[4 * i]);
     lines_.Write({characters.data(), 4 * groups});
     return 3 * groups;
   }
@@ -95,7 +109,7 @@ class Encoder {
     group_[waiting_++] = c;
     if (waiting_ < 3) return;
     char characters[4];
-    EncodeGroup(group_, characters);
+    EncodeBase64Group(group_, characters);
     lines_.Write({characters, 4});
     waiting_ = 0;
   }

@@ -29,6 +29,17 @@ constexpr std::array<uint8_t, 256> kBase64Values = MakeBase64Values();
 
 constexpr uint8_t Base64Value(char c) { return kBase64Values[static_cast<uint8_t>(c)]; }
 
+// Three bytes become four characters.
+constexpr void EncodeBase64Group(const char* bytes, char* characters) {
+  const uint32_t bits = static_cast<uint32_t>(static_cast<uint8_t>(bytes[0])) << 16 |
+                        static_cast<uint32_t>(static_cast<uint8_t>(bytes[1])) << 8 |
+                        static_cast<uint8_t>(bytes[2]);
+  characters[0] = kBase64Alphabet[bits >> 18];
+  characters[1] = kBase64Alphabet[bits >> 12 & 63];
+  characters[2] = kBase64Alphabet[bits >> 6 & 63];
+  characters[3] = kBase64Alphabet[bits & 63];
+}
+
 }  // namespace mimora
 
 #endif  // MIMORA_CODEC_BASE64_ALPHABET_H_

@@ -58,7 +58,53 @@ Base64Progress DecodePortable(Base64Progress at, const char* end, const char* ou
   return at;
 }
 
+// ---- Encoding -----------------------------------------------------------------------------------
+
+MIMORA_INLINE void EndLine(char* out) {
+  out[0] = '\r';
+  out[1] = '\n';
+}
+
+// Whether a line can be coded with that much to spare, for vectors that reach beyond it.
+MIMORA_INLINE bool HasLine(Base64Progress at, const char* end, const char* out_end,
+                           Base64Lines lines, int spare) {
+  return end - at.in >= lines.length / 4 * 3 + spare &&
+         out_end - at.out >= lines.length + 2 + spare;
+}
+
+template <typename Coder>
+MIMORA_INLINE Base64Progress EncodeLines(Base64Progress at, const char* end, const char* out_end,
+                                         Base64Lines lines) {
+  while (HasLine(at, end, out_end, lines, Coder::kSpare)) {
+    for (int i = 0; i < lines.length; i += Coder::kSize) {
+      Coder::Encode(at.in + i / 4 * 3, at.out + i);
+    }
+    EndLine(at.out + lines.length);
+    at.in += lines.length / 4 * 3;
+    at.out += lines.length + lines.line_end;
+  }
+  return at;
+}
+
+struct Portable {
+  static constexpr int kSize = 4;
+  static constexpr int kSpare = 0;
+
+  static void Encode(const char* p, char* out) { EncodeBase64Group(p, out); }
+};
+
 #if MIMORA_HAS_VECTORS
+
+// What has to be added to a value to get its character: for 26 to 51 stands at 0, for all up to 63
+// behind it, and for those below 26 at 13.
+consteval std::array<char, 16> MakeCharacterShifts() {
+  std::array<char, 16> shifts{};
+  shifts[13] = kBase64Alphabet[0];
+  for (size_t i = 51; i < 64; ++i) shifts[i - 51] = static_cast<char>(kBase64Alphabet[i] - i);
+  return shifts;
+}
+
+constexpr std::array<char, 16> kCharacterShifts = MakeCharacterShifts();
 
 // ---- By halves of characters --------------------------------------------------------------------
 //
@@ -110,6 +156,7 @@ MIMORA_FOR_SSE MIMORA_INLINE __m128i Load(const char* p) {
 
 struct Sse {
   static constexpr int kSize = 16;
+  static constexpr int kSpare = kSize;
 
   struct Characters {
     __m128i text, high;
@@ -137,6 +184,23 @@ struct Sse {
     return std::countr_one(static_cast<uint32_t>(_mm_movemask_epi8(InAlphabet(c))));
   }
 
+  // Out of 12 bytes; reads 16.
+  MIMORA_FOR_SSE static void Encode(const char* p, char* out) {
+    const __m128i order = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
+    const __m128i bytes = _mm_shuffle_epi8(Load(p), order);
+    // Multiplications shift each value to its place, by another distance than its neighbour.
+    const __m128i even = _mm_mulhi_epu16(_mm_and_si128(bytes, _mm_set1_epi32(0x0FC0FC00)),
+                                         _mm_set1_epi32(0x04000040));
+    const __m128i odd = _mm_mullo_epi16(_mm_and_si128(bytes, _mm_set1_epi32(0x003F03F0)),
+                                        _mm_set1_epi32(0x01000010));
+    const __m128i values = _mm_or_si128(even, odd);
+    const __m128i letters = _mm_cmpgt_epi8(_mm_set1_epi8(26), values);
+    const __m128i places = _mm_or_si128(_mm_subs_epu8(values, _mm_set1_epi8(51)),
+                                        _mm_and_si128(letters, _mm_set1_epi8(13)));
+    const __m128i shifts = _mm_shuffle_epi8(Load(kCharacterShifts.data()), places);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_add_epi8(values, shifts));
+  }
+
   MIMORA_FOR_SSE static MIMORA_INLINE int64_t Sum(__m128i bytes) {
     const __m128i sums = _mm_sad_epu8(bytes, _mm_setzero_si128());
     return _mm_cvtsi128_si64(sums) + _mm_extract_epi64(sums, 1);
@@ -151,6 +215,7 @@ struct Sse {
 
 struct Avx2 {
   static constexpr int kSize = 32;
+  static constexpr int kSpare = kSize;
 
   struct Characters {
     __m256i text, high;
@@ -178,6 +243,24 @@ struct Avx2 {
     const __m256i shift = _mm256_shuffle_epi8(LoadTwice(kShifts), _mm256_add_epi8(c.high, slash));
     StorePacked(_mm256_add_epi8(c.text, shift), out);
     return std::countr_one(static_cast<uint32_t>(_mm256_movemask_epi8(InAlphabet(c))));
+  }
+
+  // Out of 24 bytes; reads 28.
+  MIMORA_FOR_AVX2 static void Encode(const char* p, char* out) {
+    const __m256i order = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
+    const __m256i both = _mm256_inserti128_si256(_mm256_castsi128_si256(Load(p)), Load(p + 12), 1);
+    const __m256i bytes = _mm256_shuffle_epi8(both, order);
+    const __m256i even = _mm256_mulhi_epu16(_mm256_and_si256(bytes, _mm256_set1_epi32(0x0FC0FC00)),
+                                            _mm256_set1_epi32(0x04000040));
+    const __m256i odd = _mm256_mullo_epi16(_mm256_and_si256(bytes, _mm256_set1_epi32(0x003F03F0)),
+                                           _mm256_set1_epi32(0x01000010));
+    const __m256i values = _mm256_or_si256(even, odd);
+    const __m256i letters = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
+    const __m256i places = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
+                                           _mm256_and_si256(letters, _mm256_set1_epi8(13)));
+    const __m256i shifts = _mm256_shuffle_epi8(LoadTwice(kCharacterShifts), places);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_add_epi8(values, shifts));
   }
 
   MIMORA_FOR_AVX2 static int64_t CountBlocks(const char* p, int64_t blocks) {
@@ -262,6 +345,16 @@ MIMORA_FOR_AVX2 MIMORA_FLAT Base64Progress DecodeAvx2(Base64Progress at, const c
   return DecodeBlocks<Avx2>(at, end, out_end);
 }
 
+MIMORA_FOR_SSE MIMORA_FLAT Base64Progress EncodeSse(Base64Progress at, const char* end,
+                                                    const char* out_end, Base64Lines lines) {
+  return EncodeLines<Sse>(at, end, out_end, lines);
+}
+
+MIMORA_FOR_AVX2 MIMORA_FLAT Base64Progress EncodeAvx2(Base64Progress at, const char* end,
+                                                      const char* out_end, Base64Lines lines) {
+  return EncodeLines<Avx2>(at, end, out_end, lines);
+}
+
 MIMORA_FOR_SSE MIMORA_FLAT int64_t CountSse(const char* p, const char* end) {
   return CountCharacters<Sse>(p, end);
 }
@@ -281,6 +374,16 @@ Base64Progress DecodeBase64Groups(Base64Progress at, const char* end, const char
   if (level == CpuLevel::kAvx2) at = DecodeAvx2(at, end, out_end);
 #endif
   return DecodePortable(at, end, out_end);
+}
+
+Base64Progress EncodeBase64Lines(Base64Progress at, const char* end, const char* out_end,
+                                 Base64Lines lines) {
+#if MIMORA_HAS_VECTORS
+  const CpuLevel level = platform::GetCpuLevel();
+  if (level == CpuLevel::kSse) at = EncodeSse(at, end, out_end, lines);
+  if (level == CpuLevel::kAvx2) at = EncodeAvx2(at, end, out_end, lines);
+#endif
+  return EncodeLines<Portable>(at, end, out_end, lines);
 }
 
 int64_t CountBase64Characters(const char* p, const char* end) {

@@ -19,6 +19,17 @@ struct Base64Progress {
 // place and OUT_END there may be rubbish.
 Base64Progress DecodeBase64Groups(Base64Progress at, const char* end, const char* out_end);
 
+// Lines of that many characters, which are whole groups, and what stands behind each: CR LF or
+// nothing.
+struct Base64Lines {
+  int length;
+  int line_end;
+};
+
+// Encodes whole lines, as many as there are bytes and room for.
+Base64Progress EncodeBase64Lines(Base64Progress at, const char* end, const char* out_end,
+                                 Base64Lines lines);
+
 // How many characters of the alphabet there are in [p, end).
 int64_t CountBase64Characters(const char* p, const char* end);
 
