@@ -57,11 +57,6 @@ size_t SkipComment(std::string_view text, size_t at) {
   return std::string_view::npos;
 }
 
-// What a Splitter looks at.
-constexpr CharacterSet kIsMark([](char c) {
-  return c == ';' || c == '=' || c == '"' || c == '(' || IsSpace(c);
-});
-
 // Cuts a value at its semicolons, those in comments and quoted strings left alone.
 class Splitter {
  public:
@@ -70,26 +65,26 @@ class Splitter {
   bool Next(std::string_view& piece) {
     if (done_) return false;
     const size_t begin = at_;
-    // Only there a quotation mark begins a quoted string: elsewhere it may be the sign for inches.
-    bool value_begins = true;
+    // Only here a quotation mark begins a quoted string: elsewhere it may be the sign for inches.
+    size_t value = at_;
     bool named = false;
-    while (at_ < text_.size() && text_[at_] != ';') {
-      const char c = text_[at_];
-      if (!kIsMark(c)) {
-        do ++at_;
-        while (at_ < text_.size() && !kIsMark(text_[at_]));
-        value_begins = false;
-        continue;
+    while (FindMark() && text_[at_] != ';') {
+      const bool value_begins = value <= at_ && IsSpaceFrom(value);
+      switch (text_[at_]) {
+        case '=':
+          ++at_;
+          if (!named) value = at_;
+          named = true;
+          break;
+        case '"':
+          at_ = value_begins ? PassOver(quotes_, SkipQuoted) : at_ + 1;
+          value = std::string_view::npos;
+          break;
+        default:
+          at_ = PassOver(comments_, SkipComment);
+          if (value_begins) value = at_;
+          break;
       }
-      if (c == '"' && value_begins) {
-        at_ = PassOver(quotes_, SkipQuoted);
-      } else if (c == '(') {
-        at_ = PassOver(comments_, SkipComment);
-      } else {
-        ++at_;
-      }
-      value_begins = (c == '=' && !named) || (value_begins && (IsSpace(c) || c == '('));
-      named = named || c == '=';
     }
     piece = text_.substr(begin, at_ - begin);
     done_ = at_ == text_.size();
@@ -107,6 +102,18 @@ class Splitter {
     const size_t behind = may_open ? skip(text_, at_) : std::string_view::npos;
     may_open = behind != std::string_view::npos;
     return may_open ? behind : at_ + 1;
+  }
+
+  bool FindMark() {
+    static constexpr CharacterSet kIsMark(
+        [](char c) { return c == ';' || c == '=' || c == '"' || c == '('; });
+    while (at_ < text_.size() && !kIsMark(text_[at_])) ++at_;
+    return at_ < text_.size();
+  }
+
+  // Up to here.
+  bool IsSpaceFrom(size_t begin) const {
+    return std::all_of(text_.begin() + begin, text_.begin() + at_, IsSpace);
   }
 
   std::string_view text_;
@@ -212,6 +219,23 @@ std::optional<RawParameter> ParseParameter(std::string_view piece, Comments comm
   return RawParameter{Trim(name), piece.substr(equals + 1), comments};
 }
 
+// Whether a parameter can have this name: it stands somewhere, or has comments in it.
+bool MayName(std::string_view text, std::string_view name) {
+  if (name.empty() || text.find('(') != std::string_view::npos) return true;
+  const auto begins_at = [=](size_t at) {
+    return EqualIgnoringCase(text.substr(at, name.size()), name);
+  };
+  const char upper = ToUpper(name.front());
+  const char lower = IsLetter(upper) ? static_cast<char>(upper + 32) : upper;
+  for (size_t at = 0; (at = text.find(lower, at)) != std::string_view::npos; ++at) {
+    if (begins_at(at)) return true;
+  }
+  for (size_t at = 0; (at = text.find(upper, at)) != std::string_view::npos; ++at) {
+    if (begins_at(at)) return true;
+  }
+  return false;
+}
+
 // A parameter in its extended form, or a piece of one.
 struct Section {
   int number;  // kWhole for one that is not in pieces
@@ -265,16 +289,18 @@ ParameterText JoinSections(const std::vector<Section>& sections) {
 }  // namespace
 
 std::string_view FieldValue::Main(std::string& scratch) const {
-  static constexpr CharacterSet kNeedsWork(
-      [](char c) { return c == '"' || c == '(' || IsLineEnd(c); });
+  static constexpr CharacterSet kIsSpecial(
+      [](char c) { return c == ';' || c == '"' || c == '(' || IsLineEnd(c); });
+  const auto* const stop = std::find_if(text_.begin(), text_.end(), kIsSpecial);
+  if (stop == text_.end() || *stop == ';') return Trim({text_.begin(), stop});
   Splitter pieces(text_);
   std::string_view main;
   pieces.Next(main);
-  if (std::none_of(main.begin(), main.end(), kNeedsWork)) return Trim(main);
   return scratch = PlainText(main, pieces.HasComments() ? Comments::kAnywhere : Comments::kNowhere);
 }
 
 std::optional<ParameterText> FieldValue::FindParameter(std::string_view name) const {
+  if (!MayName(text_, name)) return std::nullopt;
   std::optional<ParameterText> plain;
   std::vector<Section> sections;
   Splitter pieces(text_);

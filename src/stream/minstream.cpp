@@ -122,6 +122,7 @@ void Minstream::Compact() {
   const int64_t unread = filled_ - index_;
   if (unread > 0) std::memmove(buffer_.get(), data_ + index_, static_cast<size_t>(unread));
   plain_ = std::max<int64_t>(plain_ - index_, 0);
+  ahead_at_ = kNowhere;
   filled_ = unread;
   index_ = 0;
 }
@@ -223,7 +224,8 @@ bool Minstream::HitAtIndex() {
   } else if (last_character_ != '\n' || data_[index_] != delimiters_.FirstCharacter()) {
     return false;
   }
-  const DelimiterMatch match = DecideMatch(line_end, delimiters_.Count());
+  const bool known = ahead_at_ == index_ + line_end;
+  const DelimiterMatch match = known ? ahead_ : DecideMatch(line_end, delimiters_.Count());
   if (match.verdict != DelimiterMatch::kYes) return false;
   boundary_position_ = Position();
   hit_line_end_ = line_end;
@@ -277,7 +279,7 @@ void Minstream::ReadRestOfLine() {
 }
 
 // How many bytes from the index on, whose byte is known to be plain, can be no part of a delimiter.
-int64_t Minstream::PlainLength() const {
+int64_t Minstream::PlainLength() {
   const char* begin = data_ + index_;
   const char* end = data_ + EffectiveEnd();
   const char* stop = begin + std::min<int64_t>(end - begin, longest_run_);
@@ -299,7 +301,12 @@ int64_t Minstream::PlainLength() const {
     if (start == begin) continue;
     const DelimiterMatch match =
         delimiters_.Match(p + 1, end - p - 1, mode_ == kMemory, delimiters_.Count());
-    if (match.verdict != DelimiterMatch::kNo) return std::min(start, hold) - begin;
+    if (match.verdict == DelimiterMatch::kNo) continue;
+    if (match.verdict == DelimiterMatch::kYes) {
+      ahead_ = match;
+      ahead_at_ = p + 1 - data_;
+    }
+    return std::min(start, hold) - begin;
   }
 }
 
@@ -314,6 +321,7 @@ bool Minstream::FindPlainRun() {
 
 void Minstream::ForgetRun() {
   plain_ = index_;
+  ahead_at_ = kNowhere;
   longest_run_ = kFirstRun;
 }
 
@@ -469,7 +477,7 @@ void Minstream::Seek(int64_t position) {
   } else {
     return;
   }
-  plain_ = index_;
+  ForgetRun();
   ended_ = false;
   last_character_ = '\n';
   if (hit_) ClearBoundaryHit();
@@ -477,7 +485,7 @@ void Minstream::Seek(int64_t position) {
 
 void Minstream::SetReadLimit(int64_t position) {
   read_limit_ = position;
-  plain_ = index_;
+  ForgetRun();
 }
 
 }  // namespace mimora

@@ -165,7 +165,7 @@ class Minstream {
   bool Ensure(int64_t count);
   bool FindPlainRun();
   bool ReadLineInPieces(std::string_view& line, LineEnd* line_end, bool hit_before);
-  int64_t PlainLength() const;
+  int64_t PlainLength();
   void ForgetRun();
   int64_t LineEndSizeAt(int64_t skip);
   bool HitAtIndex();
@@ -199,6 +199,10 @@ class Minstream {
   CallbackSource source_;
 
   Delimiters delimiters_;
+  // The delimiter line that the last run ends at, when it does; in the buffer.
+  static constexpr int64_t kNowhere = -1;
+  DelimiterMatch ahead_;
+  int64_t ahead_at_ = kNowhere;
   size_t hit_level_ = 0;
   int64_t hit_line_end_ = 0;
   int64_t boundary_position_ = 0;
