@@ -1,6 +1,7 @@
 // Copyright (c) 2026 the mimora developers.
 #include "codec/quoted_printable.h"
 
+#include <algorithm>
 #include <array>
 
 #include "codec/quoted_printable_blocks.h"
@@ -12,11 +13,6 @@
 
 namespace mimora {
 namespace {
-
-// An encoded line is broken once it holds more than this.
-constexpr size_t kLongestPlainLine = 71;
-
-constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
 // Bytes that an encoded line holds as they stand, wherever they are in it.
 consteval std::array<bool, 256> MakePlain() {
@@ -36,32 +32,54 @@ class Encoder {
     const char* p = bytes.data();
     const char* end = p + bytes.size();
     while (p < end) {
-      if (after_cr_) {
-        after_cr_ = false;
-        if (*p == '\n') {
-          EndLine();
-          ++p;
-          continue;
-        }
-        AddEscape('\r');
+      if (text_.data() + text_.size() - at_.out < 2 * kMostAtOnce) WriteLines();
+      if (after_cr_ && EndsCr(*p)) {
+        ++p;
+        continue;
       }
-      p = AddPlain(p, end);
-      if (p < end) Add(*p++);
+      p = AddPlain(AddBlocks(p, end), end);
+      if (p < end && !kPlain[static_cast<uint8_t>(*p)]) Add(*p++);
     }
+    WriteLines();
   }
 
   void Finish() {
     if (after_cr_) AddEscape('\r');
-    out_.WriteText({line_, length_});
+    out_.WriteBlock(text_.data(), at_.out - text_.data());
   }
 
  private:
+  // The rest of a line, an escape that passes its end, and a soft break; so much is left behind
+  // the blocks, which need no more than that, either.
+  static constexpr int64_t kMostAtOnce = 128;
+
+  int64_t Length() const { return at_.out - at_.line; }
+
+  // Whether it is the LF of a CR LF; otherwise the CR was a byte like others.
+  bool EndsCr(char c) {
+    after_cr_ = false;
+    if (c == '\n') {
+      at_.EndLine();
+      return true;
+    }
+    AddEscape('\r');
+    return false;
+  }
+
+  const char* AddBlocks(const char* p, const char* end) {
+    at_.in = p;
+    at_ = EncodeQuotedPrintableBlocks(at_, end, text_.data() + text_.size() - kMostAtOnce);
+    return at_.in;
+  }
+
   // Takes plain bytes as far as they go, up to the place where the line is broken.
   const char* AddPlain(const char* p, const char* end) {
-    while (p < end && kPlain[static_cast<uint8_t>(*p)]) {
-      line_[length_++] = *p++;
-      if (length_ > kLongestPlainLine) BreakLine();
-    }
+    const char* stop =
+        p + std::min(end - p, QuotedPrintableLines::kLongestPlainLine + 1 - Length());
+    char* out = at_.out;  // what a character is written to might be a member
+    while (p < stop && kPlain[static_cast<uint8_t>(*p)]) *out++ = *p++;
+    at_.out = out;
+    at_.BreakLongLine();
     return p;
   }
 
@@ -69,10 +87,10 @@ class Encoder {
     if (c == '\r') {
       after_cr_ = true;
     } else if (c == '\n') {
-      EndLine();
-    } else if (c == '.' && length_ > 0) {
-      line_[length_++] = c;
-      if (length_ > kLongestPlainLine) BreakLine();
+      at_.EndLine();
+    } else if (c == '.' && Length() > 0) {
+      *at_.out++ = c;
+      at_.BreakLongLine();
     } else {
       // A dot at the start of a line could end the mail on its way through SMTP.
       AddEscape(c);
@@ -80,35 +98,22 @@ class Encoder {
   }
 
   void AddEscape(char c) {
-    const auto byte = static_cast<uint8_t>(c);
-    line_[length_++] = '=';
-    line_[length_++] = kHexDigits[byte >> 4];
-    line_[length_++] = kHexDigits[byte & 15];
-    if (length_ > kLongestPlainLine) BreakLine();
+    at_.AddEscape(c);
+    at_.BreakLongLine();
   }
 
-  void BreakLine() {
-    line_[length_++] = '=';
-    out_.WriteLine({line_, length_});
-    length_ = 0;
-  }
-
-  // A blank at the end of a line would be lost on the way.
-  void EndLine() {
-    if (length_ > 0 && IsBlank(line_[length_ - 1])) {
-      const char blank = line_[--length_];
-      line_[length_++] = '=';
-      line_[length_++] = kHexDigits[static_cast<uint8_t>(blank) >> 4];
-      line_[length_++] = kHexDigits[blank & 15];
-    }
-    out_.WriteLine({line_, length_});
-    length_ = 0;
+  // Writes the lines that have ended, and moves the last one to the front.
+  void WriteLines() {
+    const int64_t length = Length();
+    out_.WriteBlock(text_.data(), at_.line - text_.data());
+    std::copy(at_.line, at_.out, text_.data());
+    at_.line = text_.data();
+    at_.out = at_.line + length;
   }
 
   Moutstream& out_;
-  // Room for a full line, an escape that passes its end, and the "=" of a soft break.
-  char line_[kLongestPlainLine + 8] = {};
-  size_t length_ = 0;
+  std::array<char, 4096> text_;
+  QuotedPrintableLines at_ = {nullptr, text_.data(), text_.data()};
   bool after_cr_ = false;
 };
 

@@ -1,113 +1,28 @@
 // Copyright (c) 2026 the mimora developers.
 #include "codec/quoted_printable_blocks.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 
 #include "codec/quoted_printable_digits.h"
+#include "codec/quoted_printable_vectors.h"
 #include "diag/limits.h"
 #include "platform/ascii.h"
 #include "platform/cpu.h"
-
-#if MIMORA_HAS_VECTORS
-#include <immintrin.h>
-#endif
 
 namespace mimora {
 
 using Progress = QuotedPrintableProgress;
 using Count = QuotedPrintableCount;
-
-#if MIMORA_HAS_VECTORS
+using Lines = QuotedPrintableLines;
 
 namespace {
 
+using namespace quoted_printable;
 using platform::CpuLevel;
 
-// One bit for every byte of a block of 64.
-struct Marks {
-  uint64_t equals = 0, cr = 0, lf = 0, blanks = 0, digits = 0;
-};
-
-constexpr int kBlock = 64;
-
-struct Sse {
-  static constexpr int kSize = 16;
-
-  // Copies a block and tells which bytes are no plain text: equals signs and line ends.
-  MIMORA_FOR_SSE static uint32_t Copy(const char* p, char* out) {
-    const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), text);
-    const __m128i line_end = _mm_or_si128(_mm_cmpeq_epi8(text, _mm_set1_epi8('\r')),
-                                          _mm_cmpeq_epi8(text, _mm_set1_epi8('\n')));
-    const __m128i equals = _mm_cmpeq_epi8(text, _mm_set1_epi8('='));
-    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_or_si128(line_end, equals)));
-  }
-
-  MIMORA_FOR_SSE static MIMORA_INLINE uint64_t Bits(__m128i bytes) {
-    return static_cast<uint32_t>(_mm_movemask_epi8(bytes));
-  }
-
-  MIMORA_FOR_SSE static MIMORA_INLINE __m128i IsIn(__m128i text, char first, char last) {
-    const __m128i distance = _mm_sub_epi8(text, _mm_set1_epi8(first));
-    const __m128i most = _mm_set1_epi8(static_cast<char>(last - first));
-    return _mm_cmpeq_epi8(_mm_min_epu8(distance, most), distance);
-  }
-
-  MIMORA_FOR_SSE static Marks Find(const char* p) {
-    Marks marks;
-    for (int i = 0; i < kBlock; i += kSize) {
-      const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
-      const __m128i lower = _mm_or_si128(text, _mm_set1_epi8(0x20));
-      const auto is = [&](char c) MIMORA_FOR_SSE { return _mm_cmpeq_epi8(text, _mm_set1_epi8(c)); };
-      marks.equals |= Bits(is('=')) << i;
-      marks.cr |= Bits(is('\r')) << i;
-      marks.lf |= Bits(is('\n')) << i;
-      marks.blanks |= Bits(_mm_or_si128(is(' '), is('\t'))) << i;
-      marks.digits |= Bits(_mm_or_si128(IsIn(lower, 'a', 'z'), IsIn(text, '0', '9'))) << i;
-    }
-    return marks;
-  }
-};
-
-struct Avx2 {
-  static constexpr int kSize = 32;
-
-  MIMORA_FOR_AVX2 static uint32_t Copy(const char* p, char* out) {
-    const __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), text);
-    const __m256i line_end = _mm256_or_si256(_mm256_cmpeq_epi8(text, _mm256_set1_epi8('\r')),
-                                             _mm256_cmpeq_epi8(text, _mm256_set1_epi8('\n')));
-    const __m256i equals = _mm256_cmpeq_epi8(text, _mm256_set1_epi8('='));
-    return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_or_si256(line_end, equals)));
-  }
-
-  MIMORA_FOR_AVX2 static MIMORA_INLINE uint64_t Bits(__m256i bytes) {
-    return static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
-  }
-
-  MIMORA_FOR_AVX2 static MIMORA_INLINE __m256i IsIn(__m256i text, char first, char last) {
-    const __m256i distance = _mm256_sub_epi8(text, _mm256_set1_epi8(first));
-    const __m256i most = _mm256_set1_epi8(static_cast<char>(last - first));
-    return _mm256_cmpeq_epi8(_mm256_min_epu8(distance, most), distance);
-  }
-
-  MIMORA_FOR_AVX2 static Marks Find(const char* p) {
-    Marks marks;
-    for (int i = 0; i < kBlock; i += kSize) {
-      const __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + i));
-      const __m256i lower = _mm256_or_si256(text, _mm256_set1_epi8(0x20));
-      const auto is = [&](char c)
-                          MIMORA_FOR_AVX2 { return _mm256_cmpeq_epi8(text, _mm256_set1_epi8(c)); };
-      marks.equals |= Bits(is('=')) << i;
-      marks.cr |= Bits(is('\r')) << i;
-      marks.lf |= Bits(is('\n')) << i;
-      marks.blanks |= Bits(_mm256_or_si256(is(' '), is('\t'))) << i;
-      marks.digits |= Bits(_mm256_or_si256(IsIn(lower, 'a', 'z'), IsIn(text, '0', '9'))) << i;
-    }
-    return marks;
-  }
-};
+// ---- Decoding -----------------------------------------------------------------------------------
 
 // What may stand in front of a block's last byte and behind it: an escape, a line end.
 constexpr int64_t kLongestMark = 3;
@@ -150,13 +65,12 @@ MIMORA_INLINE Progress DecodeBlocks(Progress at, const char* end, const char* ou
   constexpr int64_t kNeeded = Vector::kSize + kLongestMark;
   const char* begin = at.in;
   while (end - at.in >= kNeeded && out_end - at.out >= kNeeded) {
-    const uint32_t marks = Vector::Copy(at.in, at.out);
-    if (marks == 0) {
+    const int plain = Vector::Copy(at.in, at.out);
+    if (plain == Vector::kSize) {  // a jump that is foreseen, so that the next block need not wait
       at.in += Vector::kSize;
       at.out += Vector::kSize;
       continue;
     }
-    const int plain = std::countr_zero(marks);
     at.in += plain;
     at.out += plain;
     const char* mark = at.in;
@@ -166,6 +80,42 @@ MIMORA_INLINE Progress DecodeBlocks(Progress at, const char* end, const char* ou
   const int64_t blanks = BlanksBefore(at.in, begin);
   return {at.in - blanks, at.out - blanks};
 }
+
+// ---- Encoding -----------------------------------------------------------------------------------
+
+// Takes the byte at the front, which a line cannot hold as it stands.
+MIMORA_INLINE Lines EncodeMark(Lines at) {
+  const int line_end = LineEndSize(at.in);
+  if (line_end > 0) {
+    at.EndLine();
+    at.in += line_end;
+    return at;
+  }
+  at.AddEscape(*at.in++);
+  at.BreakLongLine();
+  return at;
+}
+
+template <typename Vector>
+MIMORA_INLINE Lines EncodeBlocks(Lines at, const char* end, const char* out_end) {
+  // A byte more is read, which may be the LF of a CR LF; an escape and a soft break are written.
+  while (end - at.in > Vector::kSize && out_end - at.out >= Vector::kSize + 6) {
+    if (at.out == at.line && *at.in == '.') {
+      at.AddEscape(*at.in++);
+      continue;
+    }
+    const int64_t room = Lines::kLongestPlainLine + 1 - (at.out - at.line);
+    const int plain = Vector::CopyPlain(at.in, at.out);
+    const int64_t taken = std::min<int64_t>(plain, room);
+    at.in += taken;
+    at.out += taken;
+    if (at.BreakLongLine() || plain == Vector::kSize) continue;
+    at = EncodeMark(at);
+  }
+  return at;
+}
+
+#if MIMORA_HAS_VECTORS
 
 // ---- Counting -----------------------------------------------------------------------------------
 //
@@ -236,13 +186,7 @@ MIMORA_INLINE Count CountBlocks(const char* p, const char* end) {
   return Uncut(at, p);
 }
 
-MIMORA_FOR_SSE MIMORA_FLAT Count CountSse(const char* p, const char* end) {
-  return CountBlocks<Sse>(p, end);
-}
-
-MIMORA_FOR_AVX2 MIMORA_FLAT Count CountAvx2(const char* p, const char* end) {
-  return CountBlocks<Avx2>(p, end);
-}
+// ---- Levels -------------------------------------------------------------------------------------
 
 MIMORA_FOR_SSE MIMORA_FLAT Progress DecodeSse(Progress at, const char* end, const char* out_end) {
   return DecodeBlocks<Sse>(at, end, out_end);
@@ -252,26 +196,57 @@ MIMORA_FOR_AVX2 MIMORA_FLAT Progress DecodeAvx2(Progress at, const char* end, co
   return DecodeBlocks<Avx2>(at, end, out_end);
 }
 
+MIMORA_FOR_SSE MIMORA_FLAT Lines EncodeSse(Lines at, const char* end, const char* out_end) {
+  return EncodeBlocks<Sse>(at, end, out_end);
+}
+
+MIMORA_FOR_AVX2 MIMORA_FLAT Lines EncodeAvx2(Lines at, const char* end, const char* out_end) {
+  return EncodeBlocks<Avx2>(at, end, out_end);
+}
+
+MIMORA_FOR_SSE MIMORA_FLAT Count CountSse(const char* p, const char* end) {
+  return CountBlocks<Sse>(p, end);
+}
+
+MIMORA_FOR_AVX2 MIMORA_FLAT Count CountAvx2(const char* p, const char* end) {
+  return CountBlocks<Avx2>(p, end);
+}
+
+#endif  // MIMORA_HAS_VECTORS
+
+Count CountPortable(const char* p, const char* end) {
+  std::array<char, 4096> bytes;
+  const Progress at = DecodeBlocks<Word>({p, bytes.data()}, end, bytes.data() + bytes.size());
+  return {at.in, at.out - bytes.data()};
+}
+
 }  // namespace
 
 Progress DecodeQuotedPrintableBlocks(Progress at, const char* end, const char* out_end) {
+#if MIMORA_HAS_VECTORS
   const CpuLevel level = platform::GetCpuLevel();
   if (level == CpuLevel::kSse) return DecodeSse(at, end, out_end);
-  return level == CpuLevel::kAvx2 ? DecodeAvx2(at, end, out_end) : at;
+  if (level == CpuLevel::kAvx2) return DecodeAvx2(at, end, out_end);
+#endif
+  return DecodeBlocks<Word>(at, end, out_end);
 }
 
 Count CountQuotedPrintableBlocks(const char* p, const char* end) {
+#if MIMORA_HAS_VECTORS
   const CpuLevel level = platform::GetCpuLevel();
   if (level == CpuLevel::kSse) return CountSse(p, end);
-  return level == CpuLevel::kAvx2 ? CountAvx2(p, end) : Count{p, 0};
+  if (level == CpuLevel::kAvx2) return CountAvx2(p, end);
+#endif
+  return CountPortable(p, end);
 }
 
-#else
-
-Progress DecodeQuotedPrintableBlocks(Progress at, const char*, const char*) { return at; }
-
-Count CountQuotedPrintableBlocks(const char* p, const char*) { return {p, 0}; }
-
+Lines EncodeQuotedPrintableBlocks(Lines at, const char* end, const char* out_end) {
+#if MIMORA_HAS_VECTORS
+  const CpuLevel level = platform::GetCpuLevel();
+  if (level == CpuLevel::kSse) return EncodeSse(at, end, out_end);
+  if (level == CpuLevel::kAvx2) return EncodeAvx2(at, end, out_end);
 #endif
+  return EncodeBlocks<Word>(at, end, out_end);
+}
 
 }  // namespace mimora

@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+#include "platform/ascii.h"
+
 namespace mimora {
 
 // How far a coder has come, in what it reads and in what it writes.
@@ -27,6 +29,48 @@ struct QuotedPrintableCount {
 
 // The same, but only counts what would be written.
 QuotedPrintableCount CountQuotedPrintableBlocks(const char* p, const char* end);
+
+// The encoder's output, of which the last line is not yet complete.
+struct QuotedPrintableLines {
+  // A line is broken once it holds more than this.
+  static constexpr int64_t kLongestPlainLine = 71;
+
+  const char* in;
+  char* out;
+  char* line;  // where the last line begins
+
+  void AddEscape(char c) {
+    constexpr const char* kHexDigits = "0123456789ABCDEF";
+    const auto byte = static_cast<uint8_t>(c);
+    out[0] = '=';
+    out[1] = kHexDigits[byte >> 4];
+    out[2] = kHexDigits[byte & 15];
+    out += 3;
+  }
+
+  bool BreakLongLine() {
+    if (out - line <= kLongestPlainLine) return false;
+    *out++ = '=';
+    AddLineEnd();
+    return true;
+  }
+
+  // A blank at the end of a line would be lost on the way.
+  void EndLine() {
+    if (out > line && IsBlank(out[-1])) AddEscape(*--out);
+    AddLineEnd();
+  }
+
+  void AddLineEnd() {
+    *out++ = '\r';
+    *out++ = '\n';
+    line = out;
+  }
+};
+
+// Encodes as much as goes in blocks.
+QuotedPrintableLines EncodeQuotedPrintableBlocks(QuotedPrintableLines at, const char* end,
+                                                 const char* out_end);
 
 }  // namespace mimora
 

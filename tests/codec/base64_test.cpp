@@ -108,21 +108,23 @@ TEST(EncodeBase64, EncodesAlikeFromEverySource) {
 }
 
 TEST(EncodeBase64, CutsLinesAtTheLengthThatIsAskedForUpTo80AndIsUndoneByTheDecoder) {
-  for (const int32_t line_length : {0, 1, 75, 76, 80, 81, INT32_MIN}) {
+  for (const int32_t line_length : {0, 1, 8, 75, 76, 80, 81, INT32_MIN}) {
     const auto cut_at = static_cast<size_t>(std::clamp(line_length, 0, 80));
     for (const size_t size : {0u, 1u, 56u, 60u, 241u, 10001u}) {
       SCOPED_TRACE(::testing::Message() << size << " bytes, lines of " << line_length);
       std::mt19937 random(3);
       std::string bytes(size, '\0');
       for (char& byte : bytes) byte = static_cast<char>(random());
-      std::string left = Coded(EncoderInLinesOf(0), bytes);
-      EXPECT_EQ(left.size(), (size + 2) / 3 * 4);
-      EXPECT_EQ(DecodeBitByBit(left), bytes);
-      std::string lines;
-      for (; cut_at != 0 && !left.empty(); left.erase(0, cut_at))
-        lines += left.substr(0, cut_at) + "\r\n";
-      EXPECT_EQ(Coded(EncoderInLinesOf(line_length), bytes), lines + left);
-      EXPECT_EQ(Coded(DecoderOf("base64"), lines + left), bytes);
+      ForEveryCpuLevel([&] {
+        std::string left = Coded(EncoderInLinesOf(0), bytes);
+        EXPECT_EQ(left.size(), (size + 2) / 3 * 4);
+        EXPECT_EQ(DecodeBitByBit(left), bytes);
+        std::string lines;
+        for (; cut_at != 0 && !left.empty(); left.erase(0, cut_at))
+          lines += left.substr(0, cut_at) + "\r\n";
+        EXPECT_EQ(Coded(EncoderInLinesOf(line_length), bytes), lines + left);
+        EXPECT_EQ(Coded(DecoderOf("base64"), lines + left), bytes);
+      });
     }
   }
 }
