@@ -6,6 +6,8 @@
 #include <optional>
 #include <utility>
 
+#include "codec/uuencode_alphabet.h"
+#include "codec/uuencode_blocks.h"
 #include "platform/ascii.h"
 #include "stream/scan.h"
 
@@ -15,17 +17,10 @@ namespace {
 constexpr std::string_view kBegin = "begin";
 constexpr std::string_view kEnd = "end";
 
-// A data line: the number of bytes as one character, then four characters for three bytes.
-constexpr char kLowest = ' ';
-constexpr char kHighest = '`';
-constexpr size_t kMostBytes = 63;
-
 // Encoders differ in what they put behind the data: a checksum, the rest of a group.
 constexpr size_t kMostExtraCharacters = 4;
 
-constexpr uint32_t ValueOf(char c) { return static_cast<uint32_t>(c - kLowest) & 63; }
-
-constexpr size_t CharactersFor(size_t bytes) { return (bytes + 2) / 3 * 4; }
+constexpr uint32_t ValueOf(char c) { return static_cast<uint32_t>(UuValueOf(c)); }
 
 // The file name of a line "begin MODE NAME"; nothing when it is none.
 std::optional<std::string_view> ParseBegin(std::string_view line) {
@@ -44,10 +39,12 @@ std::optional<std::string_view> ParseBegin(std::string_view line) {
 bool IsEnd(std::string_view line) { return TrimRight(line, IsBlank) == kEnd; }
 
 bool IsDataLine(std::string_view line) {
-  const auto in_alphabet = [](char c) { return c >= kLowest && c <= kHighest; };
+  const auto in_alphabet = [](char c) {
+    return c >= kLowestUuCharacter && c <= kHighestUuCharacter;
+  };
   line = TrimRight(line, IsBlank);
   if (line.empty()) return true;  // a line of no bytes whose blank was lost
-  const size_t needed = CharactersFor(ValueOf(line.front()));
+  const auto needed = static_cast<size_t>(UuCharactersFor(UuValueOf(line.front())));
   return line.size() - 1 <= needed + kMostExtraCharacters &&
          std::all_of(line.begin(),
                      line.begin() + static_cast<std::ptrdiff_t>(std::min(needed + 1, line.size())),
@@ -72,7 +69,7 @@ void DecodeLine(std::string_view line, Moutstream& out) {
     return;
   }
   line.remove_prefix(1);
-  std::array<char, kMostBytes + 2> bytes;
+  std::array<char, kMostUuBytes + 2> bytes;
   const auto at = [line](size_t i) { return i < line.size() ? ValueOf(line[i]) : 0; };
   for (size_t i = 0, j = 0; i < size; i += 3, j += 4) {
     const uint32_t bits = at(j) << 18 | at(j + 1) << 12 | at(j + 2) << 6 | at(j + 3);
@@ -115,9 +112,25 @@ size_t UuLines::Take(std::string_view text) {
 // ---- A body that is one file ----------------------------------------------------------------
 
 void UuDecoder::Feed(std::string_view text) {
+  const platform::CpuLevel level = platform::GetCpuLevel();
+  const bool in_blocks = level != platform::CpuLevel::kPortable;
   while (!text.empty() && state_ != State::kBehind) {
+    if (in_blocks && state_ == State::kInside && lines_.Complete()) text = FeedLines(level, text);
     text.remove_prefix(lines_.Take(text));
     if (lines_.Complete()) EndLine(lines_.Line());
+  }
+}
+
+// Takes lines that go in blocks; answers with the rest, of which there is some.
+std::string_view UuDecoder::FeedLines(platform::CpuLevel level, std::string_view text) {
+  std::array<char, 4096> bytes;
+  const char* end = text.data() + text.size();
+  for (;;) {
+    const auto at =
+        DecodeUuLines(level, {text.data(), bytes.data()}, end, bytes.data() + bytes.size());
+    if (at.in == text.data()) return text;
+    out_.WriteBlock(bytes.data(), at.out - bytes.data());
+    text.remove_prefix(static_cast<size_t>(at.in - text.data()));
   }
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "diag/limits.h"
+#include "platform/cpu.h"
 #include "stream/minstream.h"
 #include "stream/moutstream.h"
 
@@ -48,6 +49,7 @@ class UuDecoder {
  private:
   enum class State { kBefore, kInside, kBehind };
 
+  std::string_view FeedLines(platform::CpuLevel level, std::string_view text);
   void EndLine(std::string_view line);
 
   Moutstream& out_;

@@ -55,6 +55,55 @@ TEST(UuDecoder, DecodesAlikeFromEverySourceAndForEveryLineEnd) {
   }
 }
 
+// The decoder as one would write it down, character by character.
+std::string DecodeLineByLine(std::string_view text) {
+  std::string out;
+  for (bool inside = false; !text.empty();) {
+    std::string line(text.substr(0, text.find_first_of("\r\n")));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    const size_t length = line.find_last_not_of(" \t") + 1;
+    const bool was_inside = std::exchange(inside, inside || line.starts_with("begin"));
+    if (!was_inside || length == 0) continue;
+    if (line.substr(0, length) == "end") break;
+    const auto value = [&line](size_t i) { return (line[i] - ' ') & 63; };
+    const auto size = static_cast<size_t>(value(0));
+    line.resize(std::max(line.size(), size_t{100}), ' ');
+    for (size_t i = 0; i < size; ++i) {
+      const size_t at = 1 + i / 3 * 4 + i % 3;
+      const int bits = value(at) << 6 | value(at + 1);
+      out += static_cast<char>(bits >> (4 - 2 * (i % 3)));
+    }
+  }
+  return out;
+}
+
+TEST(UuDecoder, AgreesWithASimpleDecoderOnAnyTextInAnyPieces) {
+  std::mt19937 random(1);
+  for (int i = 0; i < 3000; ++i) {
+    const std::string_view line_end = kLineEnds[random() % std::size(kLineEnds)];
+    std::string text = "begin 644 cat" + std::string(line_end);
+    for (size_t lines = random() % (i % 100 == 0 ? 300 : 20); lines > 0; --lines) {
+      const size_t size = random() % 3 == 0 ? random() % 64 : 45;
+      std::string line(1 + (size + 2) / 3 * 4, static_cast<char>(' ' + size));
+      for (size_t k = 1; k < line.size(); ++k) line[k] = static_cast<char>(' ' + random() % 65);
+      text.append(line).append(line_end);
+    }
+    text.append("`").append(line_end).append("end").append(line_end).append("#0V%T");
+    Damage(random, text);
+    const std::string want = DecodeLineByLine(text);
+    const auto seed = static_cast<uint32_t>(random());
+    ForEveryCpuLevel([&] {
+      Moutstream out(MemorySink{}), counting(CountingSink{});
+      UuDecoder decoder(out), counter(counting);
+      std::mt19937 cuts(seed);
+      FeedInPieces(cuts, 1 + cuts() % (i % 4 == 0 ? 40 : 2000), text, decoder, counter);
+      ASSERT_EQ(TextOf(out), want) << "text " << i << ": " << text;
+      ASSERT_EQ(counting.WritePos(), std::ssize(want)) << "text " << i << ": " << text;
+    });
+    if (::testing::Test::HasFatalFailure()) return;
+  }
+}
+
 TEST(UuDecoder, ReportsAndKeepsErrorsAtAnyByte) {
   ExpectErrorsToBeReportedAndKept(kDecoder, BLOCK);
 }
