@@ -219,23 +219,6 @@ std::optional<RawParameter> ParseParameter(std::string_view piece, Comments comm
   return RawParameter{Trim(name), piece.substr(equals + 1), comments};
 }
 
-// Whether a parameter can have this name: it stands somewhere, or has comments in it.
-bool MayName(std::string_view text, std::string_view name) {
-  if (name.empty() || text.find('(') != std::string_view::npos) return true;
-  const auto begins_at = [=](size_t at) {
-    return EqualIgnoringCase(text.substr(at, name.size()), name);
-  };
-  const char upper = ToUpper(name.front());
-  const char lower = IsLetter(upper) ? static_cast<char>(upper + 32) : upper;
-  for (size_t at = 0; (at = text.find(lower, at)) != std::string_view::npos; ++at) {
-    if (begins_at(at)) return true;
-  }
-  for (size_t at = 0; (at = text.find(upper, at)) != std::string_view::npos; ++at) {
-    if (begins_at(at)) return true;
-  }
-  return false;
-}
-
 // A parameter in its extended form, or a piece of one.
 struct Section {
   int number;  // kWhole for one that is not in pieces
@@ -300,7 +283,6 @@ std::string_view FieldValue::Main(std::string& scratch) const {
 }
 
 std::optional<ParameterText> FieldValue::FindParameter(std::string_view name) const {
-  if (!MayName(text_, name)) return std::nullopt;
   std::optional<ParameterText> plain;
   std::vector<Section> sections;
   Splitter pieces(text_);
