@@ -23,12 +23,13 @@ struct Arguments {
 
 // A message as it is protected: what is said of its content goes with it, the rest stays outside.
 struct Halves {
-  std::string envelope;  // its lines end with CR LF
-  std::string entity;
+  std::string envelope;
+  std::string entity;  // with an empty line and the body
 };
 
 std::string_view TakeLine(std::string_view& text) {
-  const std::size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
+  const std::size_t stop = std::min(text.find_first_of("\r\n"), text.size() - 1);
+  const std::size_t end = stop + (text.substr(stop).starts_with("\r\n") ? 2 : 1);
   const std::string_view line = text.substr(0, end);
   text.remove_prefix(end);
   return line;
@@ -43,19 +44,14 @@ Halves Split(std::string_view message) {
   Halves halves;
   bool of_content = false, of_mime = false;
   while (!message.empty()) {
-    const std::string_view line = TakeLine(message);
-    const std::string_view text = WithoutLineEnd(line);
+    const std::string_view text = WithoutLineEnd(TakeLine(message));
     if (text.empty()) break;
     if (text.front() != ' ' && text.front() != '\t') {
-      const std::string name = LowerCase(std::string(text.substr(0, text.find(':'))));
+      const std::string name = LowerCase(std::string(text.substr(0, text.find_first_of(": \t"))));
       of_content = name.starts_with("content-");
       of_mime = name == "mime-version";
     }
-    if (of_content) {
-      halves.entity += line;
-    } else if (!of_mime) {
-      halves.envelope.append(text).append("\r\n");
-    }
+    if (!of_mime) (of_content ? halves.entity : halves.envelope).append(text).append("\r\n");
   }
   halves.envelope += "MIME-Version: 1.0\r\n";
   halves.entity.append("\r\n").append(message);
@@ -73,11 +69,15 @@ Halves ReadHalves(const std::string& path) {
 
 std::string ReadPassword(const std::string& path) {
   if (path.empty()) return {};
-  return TellAsMessageError([&path] {
-    const Source source(path);
-    std::string_view text = source.Bytes();
-    return text.empty() ? std::string() : std::string(WithoutLineEnd(TakeLine(text)));
-  });
+  try {
+    return TellAsMessageError([&path] {
+      const Source source(path);
+      std::string_view text = source.Bytes();
+      return text.empty() ? std::string() : std::string(WithoutLineEnd(TakeLine(text)));
+    });
+  } catch (const MessageError& error) {
+    throw MessageError(path + ": " + error.what());
+  }
 }
 
 // Writes the envelope in front of what PROTECT writes. When that fails nothing has been written.
