@@ -1417,8 +1417,9 @@ MIMORA_API void P_UnEscapeURL(const char *input, char *output, uint32_t *size);
  *
  * A certificate is named by its id (the SHA-256 of its DER form in hexadecimal,
  * or a beginning of that which no other certificate has), or by an e-mail
- * address in it, in any case. Of several with one address the best one counts:
- * made for the purpose, valid now, with its private key for signing, the newest.
+ * address in it, in any case; one that is not printable ASCII does not count. Of
+ * several with one address the best one counts: made for the purpose, valid now,
+ * with its private key for signing, the newest.
  *
  * OpenSSL does the work in a context of its own: the host's providers, settings
  * and error queue are not touched. Passwords are not copied, copies of keys are
@@ -1460,7 +1461,8 @@ typedef struct P_Certificate {
  * Lists the algorithms that P_SignData and P_EncryptData know.
  *
  * kind  MIMORA_ALGORITHM_...; ANY lists all.
- * list  receives the list, which P_FreeAlgorithmList takes back.
+ * list  receives the list, which P_FreeAlgorithmList takes back; NULL after a
+ *       failure.
  *
  * Returns their number; -1 when KIND is none of these or LIST is NULL.
  * Throws:  std::bad_alloc.

@@ -214,7 +214,9 @@ void P_UnEscapeURL(const char* input, char* output, uint32_t* size) {
 
 int32_t P_GetAlgorithmList(uint32_t kind, P_Algorithm** list) {
   return RunExport("P_GetAlgorithmList", [&](int&) -> int32_t {
-    if (list == nullptr || kind > MIMORA_ALGORITHM_CIPHER) return -1;
+    if (list == nullptr) return -1;
+    *list = nullptr;
+    if (kind > MIMORA_ALGORITHM_CIPHER) return -1;
     int32_t count = 0;
     *list = new P_Algorithm[std::size(kAlgorithms)]();
     for (const Algorithm& algorithm : kAlgorithms) {
