@@ -3,6 +3,7 @@
 
 #include <openssl/x509v3.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -14,13 +15,14 @@ namespace {
 using TimePtr = OpensslPtr<ASN1_TIME, &ASN1_TIME_free>;
 using AddressesPtr = OpensslPtr<STACK_OF(OPENSSL_STRING), &X509_email_free>;
 
-// Fractions of a second do not matter, nor do leap seconds. A time that makes no sense is 0.
-int64_t SecondsOf(const ASN1_TIME* time) {
+// Fractions of a second do not matter, nor do leap seconds. False when it makes no sense.
+bool ReadTime(const ASN1_TIME* time, int64_t& read) {
   constexpr int64_t kSecondsPerDay = 86'400;
   const TimePtr start(ASN1_TIME_set(nullptr, 0));
   int days = 0, seconds = 0;
-  if (start == nullptr || ASN1_TIME_diff(&days, &seconds, start.get(), time) != 1) return 0;
-  return days * kSecondsPerDay + seconds;
+  if (start == nullptr || ASN1_TIME_diff(&days, &seconds, start.get(), time) != 1) return false;
+  read = days * kSecondsPerDay + seconds;
+  return true;
 }
 
 // OpenSSL remembers what it finds in the extensions: it takes no const there.
@@ -36,7 +38,7 @@ bool HasUsage(const X509& certificate, uint32_t any_of) {
 }
 
 int KeyType(const X509& certificate) {
-  const EVP_PKEY* const key = X509_get0_pubkey(&certificate);
+  const EVP_PKEY* const key = PublicKeyOf(certificate);
   return key != nullptr ? EVP_PKEY_get_base_id(key) : EVP_PKEY_NONE;
 }
 
@@ -54,7 +56,7 @@ std::string SerialText(const X509& certificate) {
 }
 
 std::string KeyText(const X509& certificate) {
-  const EVP_PKEY* const key = X509_get0_pubkey(&certificate);
+  const EVP_PKEY* const key = PublicKeyOf(certificate);
   if (key == nullptr) return "unknown";
   const char* const name = EVP_PKEY_get0_type_name(key);
   return std::string(name != nullptr ? name : "unknown") + ", " +
@@ -79,10 +81,13 @@ std::string UseText(const X509& certificate) {
 }  // namespace
 
 CertificatePtr ParseCertificate(std::string_view bytes, const CryptoContext& context) {
+  const ErrorMark mark;
   X509* certificate = X509_new_ex(context.Get(), nullptr);
   const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
   // Frees it and sets it to null when it fails.
   if (certificate != nullptr) d2i_X509(&certificate, &p, static_cast<long>(bytes.size()));
+  // Reads the extensions, which complains of broken ones once.
+  if (certificate != nullptr) X509_check_purpose(certificate, -1, 0);
   return CertificatePtr(certificate);
 }
 
@@ -103,17 +108,29 @@ std::string NameText(const X509_NAME* name) {
   return Printed([name](BIO* out) { X509_NAME_print_ex(out, name, 0, kForm); });
 }
 
+EVP_PKEY* PublicKeyOf(const X509& certificate) {
+  const ErrorMark mark;
+  return X509_get0_pubkey(&certificate);
+}
+
+// One with other characters would pass for something else where it is shown.
 std::vector<std::string> Addresses(const X509& certificate) {
+  const ErrorMark mark;
   const AddressesPtr found(X509_get1_email(Mutable(certificate)));
   std::vector<std::string> addresses;
-  for (int i = 0; i < sk_OPENSSL_STRING_num(found.get()); ++i)
-    addresses.emplace_back(sk_OPENSSL_STRING_value(found.get(), i));
+  for (int i = 0; i < sk_OPENSSL_STRING_num(found.get()); ++i) {
+    const std::string_view address = sk_OPENSSL_STRING_value(found.get(), i);
+    if (std::ranges::all_of(address, [](char c) { return c >= ' ' && c < '\x7F'; }))
+      addresses.emplace_back(address);
+  }
   return addresses;
 }
 
 Validity ValidityOf(const X509& certificate) {
-  return {SecondsOf(X509_get0_notBefore(&certificate)),
-          SecondsOf(X509_get0_notAfter(&certificate))};
+  Validity validity;
+  const bool makes_sense = ReadTime(X509_get0_notBefore(&certificate), validity.not_before) &&
+                           ReadTime(X509_get0_notAfter(&certificate), validity.not_after);
+  return makes_sense ? validity : Validity();
 }
 
 bool Validity::IncludesNow() const {

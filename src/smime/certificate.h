@@ -21,11 +21,14 @@ std::string CertificateId(const X509& certificate, const CryptoContext& context)
 // A name in the form of RFC 2253, UTF-8.
 std::string NameText(const X509_NAME* name);
 
-// The addresses that it is made out to.
+// Null when it is of a kind that OpenSSL does not know. The certificate keeps it.
+EVP_PKEY* PublicKeyOf(const X509& certificate);
+
+// The addresses that it is made out to, of printable ASCII.
 std::vector<std::string> Addresses(const X509& certificate);
 
 struct Validity {
-  int64_t not_before = 0, not_after = 0;  // seconds since 1970 began
+  int64_t not_before = 0, not_after = 0;  // seconds since 1970 began; both 0: they make no sense
 
   bool IncludesNow() const;
 };

@@ -57,7 +57,7 @@ std::optional<std::vector<std::string>> ListFiles(const std::string& directory) 
 }
 
 bool IsKeyOf(const EVP_PKEY* key, const StoredCertificate& certificate) {
-  return EVP_PKEY_eq(key, X509_get0_pubkey(certificate.certificate.get())) == 1;
+  return EVP_PKEY_eq(key, PublicKeyOf(*certificate.certificate)) == 1;
 }
 
 // In the form that certificates have it in.
@@ -77,7 +77,8 @@ KeyPtr Share(const KeyPtr& key) {
 
 // What makes one certificate better than another of the same owner.
 auto Merits(const StoredCertificate& certificate, Purpose purpose) {
-  return std::tuple(CheckUse(certificate, purpose) == kOk,
+  const Result use = CheckUse(certificate, purpose);
+  return std::tuple(use != kCertificatePurpose, use == kOk,
                     purpose != Purpose::kSign || certificate.has_key,
                     certificate.validity.not_before);
 }
@@ -141,7 +142,7 @@ void CertificateStore::MarkKeys() {
   std::unordered_set<std::string> public_keys;
   for (const KeyPtr& key : keys_) public_keys.insert(PublicKey(key.get()));
   for (StoredCertificate& stored : certificates_) {
-    const EVP_PKEY* const key = X509_get0_pubkey(stored.certificate.get());
+    const EVP_PKEY* const key = PublicKeyOf(*stored.certificate);
     stored.has_key |= key != nullptr && public_keys.contains(PublicKey(key));
   }
 }
@@ -153,9 +154,10 @@ std::vector<const StoredCertificate*> CertificateStore::FindAll(std::string_view
   const bool is_address = name.find('@') != std::string_view::npos;
   for (const StoredCertificate& certificate : certificates_) {
     const bool is_named =
-        is_address ? std::ranges::any_of(certificate.addresses,
-                                         [name](auto& a) { return EqualIgnoringCase(a, name); })
-                   : EqualIgnoringCase(certificate.id.substr(0, name.size()), name);
+        is_address
+            ? std::ranges::any_of(certificate.addresses,
+                                  [name](auto& a) { return EqualIgnoringCase(a, name); })
+            : EqualIgnoringCase(std::string_view(certificate.id).substr(0, name.size()), name);
     if (is_named && !name.empty()) found.push_back(&certificate);
   }
   if (!is_address && found.size() > 1) found.clear();
@@ -183,10 +185,12 @@ Result CertificateStore::FindKey(const StoredCertificate& of, KeyPtr& key) const
   }
   std::vector<const StoredKey*> locked;
   for (const StoredKey& stored : locked_keys_) locked.push_back(&stored);
-  std::ranges::stable_partition(
-      locked, [&of](const StoredKey* k) { return std::ranges::count(of.files, k->file) != 0; });
+  std::stable_partition(locked.begin(), locked.end(), [&of](const StoredKey* k) {
+    return std::ranges::count(of.files, k->file) != 0;
+  });
   bool all_opened = true;
   for (const StoredKey* stored : locked) {
+    const ErrorMark mark;
     key = stored->open(password_);
     if (key != nullptr && IsKeyOf(key.get(), of)) return kOk;
     all_opened &= key != nullptr;
@@ -195,11 +199,16 @@ Result CertificateStore::FindKey(const StoredCertificate& of, KeyPtr& key) const
   return all_opened && !has_locked_files_ ? kNoPrivateKey : kWrongPassword;
 }
 
+// An authority may have had several keys, and several certificates for one of them.
 const StoredCertificate* CertificateStore::FindIssuer(X509* certificate) const {
+  const StoredCertificate* found = nullptr;
   for (const StoredCertificate& stored : certificates_) {
-    if (X509_check_issued(stored.certificate.get(), certificate) == X509_V_OK) return &stored;
+    const ErrorMark mark;
+    if (X509_check_issued(stored.certificate.get(), certificate) != X509_V_OK) continue;
+    if (X509_verify(certificate, PublicKeyOf(*stored.certificate)) != 1) continue;
+    if (found == nullptr || stored.validity.not_after > found->validity.not_after) found = &stored;
   }
-  return nullptr;
+  return found;
 }
 
 std::vector<X509*> CertificateStore::Intermediates(const StoredCertificate& of) const {
@@ -210,7 +219,7 @@ std::vector<X509*> CertificateStore::Intermediates(const StoredCertificate& of) 
     const StoredCertificate* const issuer = FindIssuer(last);
     if (issuer == nullptr || is_root(issuer->certificate.get())) break;
     last = issuer->certificate.get();
-    if (std::ranges::count(chain, last) != 0) break;
+    if (last == of.certificate.get() || std::ranges::count(chain, last) != 0) break;
     chain.push_back(last);
   }
   return chain;

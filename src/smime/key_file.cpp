@@ -14,6 +14,7 @@ namespace mimora {
 namespace {
 
 using AlgorithmPtr = OpensslPtr<X509_ALGOR, &X509_ALGOR_free>;
+using CipherContextPtr = OpensslPtr<EVP_CIPHER_CTX, &EVP_CIPHER_CTX_free>;
 using AuthSafes = STACK_OF(PKCS7);
 using Bags = STACK_OF(PKCS12_SAFEBAG);
 using Pbe2Ptr = OpensslPtr<PBE2PARAM, &PBE2PARAM_free>;
@@ -154,30 +155,41 @@ bool TakeBlock(std::string_view& text, PemBlock& block) {
   return !block.label.empty();
 }
 
-int CopyPassword(char* buffer, int size, int, void* password) {
-  const char* const text = static_cast<const char*>(password);
-  const int length = Length(text);
-  if (text == nullptr || length > size) return -1;
-  std::memcpy(buffer, text, static_cast<size_t>(length));
-  return length;
-}
-
 KeyPtr ParseKey(const SecretBytes& bytes, const CryptoContext& context) {
   const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
   const auto size = static_cast<long>(bytes.size());
   return KeyPtr(d2i_AutoPrivateKey_ex(nullptr, &p, size, context.Get(), nullptr));
 }
 
+// In place. PEM_do_header would do it with what the host has set up.
+bool DecryptPem(const EVP_CIPHER_INFO& named, const char* password, const CryptoContext& context,
+                SecretBytes& bytes) {
+  const CipherPtr cipher(
+      EVP_CIPHER_fetch(context.Get(), EVP_CIPHER_get0_name(named.cipher), nullptr));
+  const DigestPtr md5(EVP_MD_fetch(context.Get(), "MD5", nullptr));
+  const CipherContextPtr decryption(EVP_CIPHER_CTX_new());
+  SecretBytes secret(EVP_MAX_KEY_LENGTH);
+  auto* const key = reinterpret_cast<unsigned char*>(secret.data());
+  auto* const text = reinterpret_cast<unsigned char*>(bytes.data());
+  int size = 0, rest = 0;
+  if (cipher == nullptr || md5 == nullptr ||
+      EVP_BytesToKey(cipher.get(), md5.get(), named.iv,
+                     reinterpret_cast<const unsigned char*>(password), Length(password), 1, key,
+                     nullptr) == 0 ||
+      EVP_DecryptInit_ex(decryption.get(), cipher.get(), nullptr, key, named.iv) != 1 ||
+      EVP_DecryptUpdate(decryption.get(), text, &size, text, static_cast<int>(bytes.size())) != 1 ||
+      EVP_DecryptFinal_ex(decryption.get(), text + size, &rest) != 1)
+    return false;
+  bytes.resize(static_cast<size_t>(size + rest));
+  return true;
+}
+
 // As PEM files were locked before PKCS #8 (RFC 1421).
 KeyPtr UnlockPemKey(std::string header, SecretBytes bytes, const char* password,
                     const CryptoContext& context) {
-  EVP_CIPHER_INFO cipher;
-  auto size = static_cast<long>(bytes.size());
-  if (PEM_get_EVP_CIPHER_INFO(header.data(), &cipher) != 1) return nullptr;
-  if (PEM_do_header(&cipher, reinterpret_cast<unsigned char*>(bytes.data()), &size, CopyPassword,
-                    const_cast<char*>(password)) != 1)
-    return nullptr;
-  bytes.resize(static_cast<size_t>(size));
+  EVP_CIPHER_INFO named;
+  if (password == nullptr || PEM_get_EVP_CIPHER_INFO(header.data(), &named) != 1) return nullptr;
+  if (named.cipher == nullptr || !DecryptPem(named, password, context, bytes)) return nullptr;
   return ParseKey(bytes, context);
 }
 
@@ -193,6 +205,7 @@ void AddOldKey(PemBlock block, const CryptoContext& context, KeyFile& file) {
 }
 
 void AddPemBlock(PemBlock block, const CryptoContext& context, KeyFile& file) {
+  const ErrorMark mark;
   const std::string_view label = block.label;
   const auto* p = reinterpret_cast<const unsigned char*>(block.bytes.data());
   const auto size = static_cast<long>(block.bytes.size());
@@ -252,13 +265,17 @@ CertificatePtr CertificateIn(const PKCS12_SAFEBAG& bag, const CryptoContext& con
 
 void AddBag(const PKCS12_SAFEBAG& bag, const char* password, const CryptoContext& context,
             KeyFile& file) {
+  const ErrorMark mark;
   switch (PKCS12_SAFEBAG_get_nid(&bag)) {
     case NID_keyBag:
       AddPlainKey(PKCS12_SAFEBAG_get0_p8inf(&bag), context, file);
       break;
     case NID_pkcs8ShroudedKeyBag:
-      if (KeyPtr key = Unseal(*PKCS12_SAFEBAG_get0_pkcs8(&bag), password, context))
+      if (KeyPtr key = Unseal(*PKCS12_SAFEBAG_get0_pkcs8(&bag), password, context)) {
         file.keys.push_back(std::move(key));
+      } else {
+        file.locked = true;
+      }
       break;
     case NID_certBag:
       AddCertificate(CertificateIn(bag, context), file);
@@ -269,6 +286,7 @@ void AddBag(const PKCS12_SAFEBAG& bag, const char* password, const CryptoContext
 }
 
 Bags* UnpackSafe(PKCS7& safe, const char* password) {
+  const ErrorMark mark;
   if (PKCS7_type_is_data(&safe)) return PKCS12_unpack_p7data(&safe);
   if (!PKCS7_type_is_encrypted(&safe) || safe.d.encrypted == nullptr) return nullptr;
   if (!IsBearable(*safe.d.encrypted->enc_data->algorithm)) return nullptr;
@@ -284,6 +302,7 @@ KeyFile ParsePem(std::string_view text, const CryptoContext& context) {
 }
 
 KeyFile ParsePkcs12(std::string_view bytes, const char* password, const CryptoContext& context) {
+  const ErrorMark mark;
   KeyFile file;
   const Pkcs12Ptr pkcs12 = ReadPkcs12(bytes, context);
   if (pkcs12 == nullptr) return file;

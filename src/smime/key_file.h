@@ -20,7 +20,7 @@ struct KeyFile {
   std::vector<CertificatePtr> certificates;
   std::vector<KeyPtr> keys;
   std::vector<LockedKey> locked_keys;
-  bool locked = false;  // there are certificates in it that the password does not open
+  bool locked = false;  // there is something in PKCS #12 that the password does not open
 };
 
 // Keys that are made later from the locked ones need the context, too.

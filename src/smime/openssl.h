@@ -83,7 +83,8 @@ class CryptoContext {
 };
 
 // What OpenSSL has to say about failures while there is such an object does not stay in the
-// thread's queue.
+// thread's queue. That holds 16: whatever may fail more than a few times has one for each time,
+// or what the host had there would be pushed out.
 class ErrorMark {
  public:
   ErrorMark();

@@ -10,7 +10,7 @@
 namespace mimora {
 namespace {
 
-Result ResultOf(const Moutstream& out) { return out.GetError() == 0 ? kOk : kWriteFailed; }
+Result ResultOf(Moutstream& out) { return out.FlushBuffer() ? kOk : kWriteFailed; }
 
 }  // namespace
 

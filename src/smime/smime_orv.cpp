@@ -9,9 +9,31 @@ namespace {
 // Line ends are not OpenSSL's business, and an object is complete only at the end.
 constexpr unsigned kFlags = CMS_BINARY | CMS_PARTIAL;
 
+// What answers may be encrypted with, the best first. OpenSSL's own list goes down to 40 bits.
+constexpr int kCapabilities[] = {NID_aes_256_cbc, NID_aes_192_cbc, NID_aes_128_cbc,
+                                 NID_des_ede3_cbc};
+
 Result EngineFailed(const char* what) {
   LogOpensslError(what);
   return kEngineFailed;
+}
+
+bool AddCapabilities(CMS_SignerInfo& signer) {
+  STACK_OF(X509_ALGOR)* list = nullptr;
+  bool added = true;
+  for (const int cipher : kCapabilities)
+    added = added && CMS_add_simple_smimecap(&list, cipher, -1) == 1;
+  added = added && CMS_add_smimecap(&signer, list) == 1;
+  sk_X509_ALGOR_pop_free(list, X509_ALGOR_free);
+  return added;
+}
+
+bool AddSigner(CMS_ContentInfo& cms, X509* certificate, EVP_PKEY* key, const EVP_MD* digest) {
+  // Without the flag a key for PSS would be said to sign as of old.
+  const bool is_pss = EVP_PKEY_is_a(key, "RSA-PSS") == 1;
+  const unsigned flags = kFlags | CMS_NOSMIMECAP | (is_pss ? CMS_KEY_PARAM : 0);
+  CMS_SignerInfo* const signer = CMS_add1_signer(&cms, certificate, key, digest, flags);
+  return signer != nullptr && AddCapabilities(*signer);
 }
 
 }  // namespace
@@ -37,8 +59,7 @@ Result SMimeOrv::Sign(std::string_view text, std::string_view signer, const Algo
   const DigestPtr digest(EVP_MD_fetch(context_.Get(), hash.name, nullptr));
   const CmsPtr cms(CMS_sign_ex(nullptr, nullptr, nullptr, nullptr, flags, context_.Get(), nullptr));
   if (digest == nullptr || cms == nullptr ||
-      CMS_add1_signer(cms.get(), certificate->certificate.get(), key.get(), digest.get(), flags) ==
-          nullptr)
+      !AddSigner(*cms, certificate->certificate.get(), key.get(), digest.get()))
     return EngineFailed("signing");
   for (X509* const intermediate : store_.Intermediates(*certificate)) {
     if (CMS_add1_cert(cms.get(), intermediate) != 1) return EngineFailed("signing");

@@ -2,6 +2,7 @@
 //
 // Signing and encrypting as callers do it, checked by OpenSSL's own reading of what comes out.
 #include <openssl/err.h>
+#include <openssl/evp.h>
 
 #include <algorithm>
 #include <thread>
@@ -109,8 +110,10 @@ class Smime : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     owners_ = new Owners;
+    owners_->store.Add("another.pem", Pem(MakeOwner("sub", {.usage = "keyCertSign"})));
     owners_->store.Add("sub.pem", Pem(owners_->sub));
     owners_->store.Add("rsa.pem", Pem(owners_->rsa) + KeyPem(owners_->rsa, KeyForm::kOldPlain));
+    owners_->store.Add("pss.pem", Pem(owners_->pss) + KeyPem(owners_->pss));
     owners_->store.Add("ec.pem", KeyPem(owners_->ec) + "what else is here\n" + Pem(owners_->ec));
   }
   static void TearDownTestSuite() { delete owners_; }
@@ -119,6 +122,7 @@ class Smime : public ::testing::Test {
     Owner root = MakeOwner("root", {.usage = "keyCertSign"});
     Owner sub = MakeOwner("sub", {.usage = "keyCertSign", .issuer = &root});
     Owner rsa = MakeOwner("rsa", {.type = "RSA", .issuer = &sub});
+    Owner pss = MakeOwner("pss", {.type = "RSA-PSS", .issuer = &sub});
     Owner ec = MakeOwner("ec", {.issuer = &sub});
     Store store;
   };
@@ -129,7 +133,7 @@ Smime::Owners* Smime::owners_ = nullptr;
 // ---- Signing ------------------------------------------------------------------------------------
 
 TEST_F(Smime, SignaturesAreAcceptedUntilAByteChanges) {
-  for (const char* const signer : {"rsa@example.org", "EC@Example.org"}) {
+  for (const char* const signer : {"rsa@example.org", "EC@Example.org", "pss@example.org"}) {
     for (const char* const hash : {"SHA1", "SHA256", "SHA512", static_cast<const char*>(nullptr)}) {
       for (const bool detached : {true, false}) {
         SCOPED_TRACE(::testing::Message() << signer << (hash != nullptr ? hash : "") << detached);
@@ -143,6 +147,27 @@ TEST_F(Smime, SignaturesAreAcceptedUntilAByteChanges) {
       }
     }
   }
+}
+
+TEST_F(Smime, SignaturesDoNotAskForBrokenCiphers) {
+  BioPtr content;
+  const CmsPtr cms = ReadCms(Sign(owners_->store, {"rsa@example.org"}).text, content);
+  const BioPtr out = MakeWriter();
+  i2d_CMS_bio(out.get(), cms.get());
+  EXPECT_NE(Written(out).find("\x60\x86\x48\x01\x65\x03\x04\x01\x2A"), std::string_view::npos);
+  EXPECT_EQ(Written(out).find("\x2B\x0E\x03\x02\x07"), std::string_view::npos);  // DES
+}
+
+// Two authorities that certify each other.
+TEST_F(Smime, AWayInACircleEnds) {
+  const Store store;
+  constexpr const char* kUsage = "digitalSignature,keyCertSign";
+  const Owner a = MakeOwner("a", {.usage = kUsage});
+  const Owner b = MakeOwner("b", {.usage = kUsage, .issuer = &a});
+  X509_set_issuer_name(a.certificate.get(), X509_get_subject_name(b.certificate.get()));
+  X509_sign(a.certificate.get(), b.key.get(), EVP_sha256());
+  store.Add("all", Pem(a) + KeyPem(a) + Pem(b));
+  EXPECT_EQ(Sign(store, {"a@example.org"}).result, MIMORA_OK);
 }
 
 TEST_F(Smime, ThreadsSignAndEncryptAtOnce) {
@@ -159,9 +184,12 @@ TEST_F(Smime, ThreadsSignAndEncryptAtOnce) {
 }
 
 TEST_F(Smime, TheHostsOpensslStaysAsItIs) {
+  const Store broken;
+  for (char name = 'a'; name <= 'z'; ++name)
+    broken.Add({name}, "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n");
   ERR_clear_error();
   ERR_raise(ERR_LIB_USER, 7);
-  EXPECT_EQ(Sign(owners_->store, {"nobody"}).result, MIMORA_E_CERTIFICATE);
+  EXPECT_EQ(Sign(broken, {"nobody"}).result, MIMORA_E_CERTIFICATE);
   EXPECT_EQ(Sign(owners_->store, {"rsa@example.org"}).result, MIMORA_OK);
   EXPECT_EQ(ERR_GET_REASON(ERR_get_error()), 7);
   EXPECT_EQ(ERR_get_error(), 0u);
@@ -196,7 +224,7 @@ TEST_F(Smime, FailuresAreToldApartAndNothingIsWritten) {
   const auto add = [&store](const Owner& owner, const std::string& key = "") {
     store.Add(owner.name, Pem(owner) + key);
   };
-  const Owner locked = MakeOwner("locked"), sealed = MakeOwner("sealed");
+  const Owner locked = MakeOwner("locked"), sealed = MakeOwner("sealed"), open = MakeOwner("open");
   add(MakeOwner("keyless"));
   add(MakeOwner("past", {.last_second = -60}));
   add(MakeOwner("future", {.first_second = 60}));
@@ -206,6 +234,9 @@ TEST_F(Smime, FailuresAreToldApartAndNothingIsWritten) {
   EXPECT_EQ(Sign(store, {"keyless@example.org", "any"}).result, MIMORA_E_PRIVATE_KEY);
   add(locked, KeyPem(locked, KeyForm::kLocked, "right"));
   store.Add("sealed.p12", Pkcs12(sealed, "right"));
+  store.Add("open.p12", Pkcs12(open, "right", Pkcs12Form::kKeyLocked));
+  add(MakeOwner("either", {.first_second = -7200, .last_second = -60}));
+  store.Add("or", Pem(MakeOwner("either", {.usage = "keyAgreement"})));
   const struct {
     int32_t result;
     Signing signing;
@@ -214,15 +245,18 @@ TEST_F(Smime, FailuresAreToldApartAndNothingIsWritten) {
       {MIMORA_E_CERTIFICATE, {""}},
       {MIMORA_E_CERTIFICATE, {"sealed@example.org"}},
       {MIMORA_E_PASSWORD, {"sealed@example.org", "wrong"}},
+      {MIMORA_E_PASSWORD, {"open@example.org", "wrong"}},
       {MIMORA_E_PASSWORD, {"locked@example.org", "wrong"}},
       {MIMORA_E_PASSWORD, {"locked@example.org"}},
       {MIMORA_E_CERTIFICATE_TIME, {"past@example.org"}},
       {MIMORA_E_CERTIFICATE_TIME, {"future@example.org"}},
+      {MIMORA_E_CERTIFICATE_TIME, {"either@example.org"}},
       {MIMORA_E_CERTIFICATE_PURPOSE, {"reader@example.org"}},
       {MIMORA_E_CERTIFICATE_PURPOSE, {"edwards@example.org"}},
       {MIMORA_E_ALGORITHM, {"locked@example.org", "right", "MD5"}},
       {MIMORA_OK, {"locked@example.org", "right"}},
       {MIMORA_OK, {"sealed@example.org", "right"}},
+      {MIMORA_OK, {"open@example.org", "right"}},
   };
   for (const auto& [result, signing] : signings) {
     SCOPED_TRACE(signing.signer);
@@ -300,7 +334,11 @@ TEST_F(Smime, KeysAreFoundInAllFormsOfFiles) {
     SCOPED_TRACE(c.name);
     const Store store;
     for (const auto& [name, bytes] : c.files) store.Add(name, bytes);
-    EXPECT_EQ(Verified(Sign(store, {"owner@example.org", c.password}).text, owner), kCanonical);
+    // Nor does it matter what the host lets itself do.
+    EVP_set_default_properties(nullptr, "provider=none");
+    const std::string text = Sign(store, {"owner@example.org", c.password}).text;
+    EVP_set_default_properties(nullptr, "");
+    EXPECT_EQ(Verified(text, owner), kCanonical);
   }
 }
 
@@ -311,15 +349,18 @@ TEST_F(Smime, CertificatesAreListedByPurpose) {
   store.Add("2", Pem(locked) + KeyPem(locked, KeyForm::kLocked, "pass"));
   store.Add("3", Pem(MakeOwner("sign", {.usage = "digitalSignature"})));
   store.Add("4", Pem(MakeOwner("past", {.last_second = -60})));
+  store.Add("5", Pem(MakeOwner("odd\x1B")));
   EXPECT_EQ(Names(List(store, MIMORA_PURPOSE_ANY)),
-            "CN=both 7\nCN=locked 7\nCN=sign 2\nCN=past 14\n");
+            "CN=both 7\nCN=locked 7\nCN=sign 2\nCN=past 14\nCN=odd\\1B 6\n");
   EXPECT_EQ(Names(List(store, MIMORA_PURPOSE_SIGN)), "CN=both 7\nCN=locked 7\n");
-  EXPECT_EQ(Names(List(store, MIMORA_PURPOSE_ENCRYPT)), "CN=both 7\nCN=locked 7\nCN=past 14\n");
+  EXPECT_EQ(Names(List(store, MIMORA_PURPOSE_ENCRYPT)),
+            "CN=both 7\nCN=locked 7\nCN=past 14\nCN=odd\\1B 6\n");
   EXPECT_EQ(Names(List(store, 3)), "");
   const P_Certificate first = List(store, MIMORA_PURPOSE_ANY).front();
   EXPECT_STREQ(first.issuer, "CN=both");
   EXPECT_STREQ(first.email, "both@example.org");
   EXPECT_EQ(first.notAfter - first.notBefore, 7200);
+  EXPECT_STREQ(List(store, MIMORA_PURPOSE_ANY).back().email, "");
 }
 
 TEST_F(Smime, NamesStandForTheBestCertificate) {

@@ -32,8 +32,13 @@ struct CertificateForm {
 
 inline KeyPtr MakeKey(const std::string& type) {
   if (type == "RSA") return KeyPtr(EVP_RSA_gen(2048));
-  return KeyPtr(type == "EC" ? EVP_EC_gen("P-256")
-                             : EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519"));
+  if (type == "EC") return KeyPtr(EVP_EC_gen("P-256"));
+  const OpensslPtr<EVP_PKEY_CTX, &EVP_PKEY_CTX_free> context(
+      EVP_PKEY_CTX_new_from_name(nullptr, type.c_str(), nullptr));
+  EVP_PKEY* key = nullptr;
+  EVP_PKEY_keygen_init(context.get());
+  EVP_PKEY_generate(context.get(), &key);
+  return KeyPtr(key);
 }
 
 inline void AddExtension(X509* certificate, int kind, const std::string& value) {
@@ -88,9 +93,13 @@ inline std::string KeyPem(const Owner& owner, KeyForm form = KeyForm::kPlain,
   return std::string(Written(out));
 }
 
-inline std::string Pkcs12(const Owner& owner, const char* password) {
+enum class Pkcs12Form { kUsual, kKeyLocked };  // the key alone: without a checksum
+
+inline std::string Pkcs12(const Owner& owner, const char* password,
+                          Pkcs12Form form = Pkcs12Form::kUsual) {
+  const int others = form == Pkcs12Form::kUsual ? 0 : -1;
   PKCS12* const made = PKCS12_create(password, nullptr, owner.key.get(), owner.certificate.get(),
-                                     nullptr, 0, 0, 0, 0, 0);
+                                     nullptr, 0, others, 0, others, 0);
   const BioPtr out = MakeWriter();
   i2d_PKCS12_bio(out.get(), made);
   PKCS12_free(made);
