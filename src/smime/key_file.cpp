@@ -172,7 +172,7 @@ bool DecryptPem(const EVP_CIPHER_INFO& named, const char* password, const Crypto
   auto* const key = reinterpret_cast<unsigned char*>(secret.data());
   auto* const text = reinterpret_cast<unsigned char*>(bytes.data());
   int size = 0, rest = 0;
-  if (cipher == nullptr || md5 == nullptr ||
+  if (cipher == nullptr || md5 == nullptr || decryption == nullptr ||
       EVP_BytesToKey(cipher.get(), md5.get(), named.iv,
                      reinterpret_cast<const unsigned char*>(password), Length(password), 1, key,
                      nullptr) == 0 ||
