@@ -100,7 +100,8 @@ struct Portable {
 consteval std::array<char, 16> MakeCharacterShifts() {
   std::array<char, 16> shifts{};
   shifts[13] = kBase64Alphabet[0];
-  for (size_t i = 51; i < 64; ++i) shifts[i - 51] = static_cast<char>(kBase64Alphabet[i] - i);
+  for (size_t i = 51; i < 64; ++i)
+    shifts[i - 51] = static_cast<char>(kBase64Alphabet[i] - static_cast<int>(i));
   return shifts;
 }
 
