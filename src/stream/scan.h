@@ -1,7 +1,7 @@
 // Copyright (c) 2026 the mimora developers.
 //
-// Searches over runs of bytes. Each looks at sixteen bytes at a time where the machine can and at
-// single bytes otherwise, with the same answers.
+// Searches over runs of bytes. Each looks at sixteen bytes or more at a time where the machine can
+// and at single bytes otherwise, with the same answers.
 #ifndef MIMORA_STREAM_SCAN_H_
 #define MIMORA_STREAM_SCAN_H_
 
@@ -10,6 +10,8 @@
 #endif
 
 #include <bit>
+
+#include "platform/cpu.h"
 
 namespace mimora {
 
@@ -34,7 +36,9 @@ inline const char* FindLineEndOr(const char* p, const char* end, char c) {
 
 #if defined(__SSE2__)
 
-inline const char* FindPair(const char* p, const char* end, char a, char b) {
+namespace scan_vectors {
+
+inline const char* FindPairSse(const char* p, const char* end, char a, char b) {
   const __m128i first = _mm_set1_epi8(a);
   const __m128i second = _mm_set1_epi8(b);
   // The second load looks one byte further than the first.
@@ -47,6 +51,20 @@ inline const char* FindPair(const char* p, const char* end, char a, char b) {
     }
   }
   return scan_plain::FindPair(p, end, a, b);
+}
+
+const char* FindPairAvx2(const char* p, const char* end, char a, char b);
+
+}  // namespace scan_vectors
+
+inline const char* FindPair(const char* p, const char* end, char a, char b) {
+#if MIMORA_HAS_VECTORS
+  constexpr int kWorthACall = 128;
+  if (end - p >= kWorthACall && platform::GetCpuLevel() == platform::CpuLevel::kAvx2) {
+    return scan_vectors::FindPairAvx2(p, end, a, b);
+  }
+#endif
+  return scan_vectors::FindPairSse(p, end, a, b);
 }
 
 inline const char* FindLineEndOr(const char* p, const char* end, char c) {

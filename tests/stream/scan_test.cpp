@@ -6,7 +6,9 @@
 #include <random>
 #include <string>
 
-namespace mimora {
+#include "support/cpu_levels.h"
+
+namespace mimora::testing {
 namespace {
 
 // Few different characters, so that pairs and near misses are frequent, at every alignment and
@@ -16,17 +18,20 @@ TEST(Scan, FastSearchesAnswerAsThePlainOnes) {
   constexpr char kCharacters[] = "ab-\r\nxxxxxxxxxxxx";
   for (int round = 0; round < 20000; ++round) {
     // A string of its own, so that the sanitizer sees a read beyond its end.
-    std::string text(random() % 70, 'x');
+    std::string text(random() % (round % 4 == 0 ? 400 : 70), 'x');
     for (char& c : text) c = kCharacters[random() % (sizeof kCharacters - 1)];
     const std::vector<char> bytes(text.begin(), text.end());
     const char* begin = bytes.data();
     const char* end = begin + bytes.size();
-    ASSERT_EQ(FindPair(begin, end, '\n', '-'), scan_plain::FindPair(begin, end, '\n', '-')) << text;
-    ASSERT_EQ(FindPair(begin, end, 'a', 'a'), scan_plain::FindPair(begin, end, 'a', 'a')) << text;
+    ForEveryCpuLevel([&] {
+      const char* pair = scan_plain::FindPair(begin, end, '\n', '-');
+      ASSERT_EQ(FindPair(begin, end, '\n', '-'), pair) << text;
+      ASSERT_EQ(FindPair(begin, end, 'a', 'a'), scan_plain::FindPair(begin, end, 'a', 'a')) << text;
+    });
     ASSERT_EQ(FindLineEndOr(begin, end, '-'), scan_plain::FindLineEndOr(begin, end, '-')) << text;
     ASSERT_EQ(FindLineEnd(begin, end), scan_plain::FindLineEndOr(begin, end, '\r')) << text;
   }
 }
 
 }  // namespace
-}  // namespace mimora
+}  // namespace mimora::testing
