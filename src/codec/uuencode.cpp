@@ -178,11 +178,21 @@ void UuScanner::Feed(std::string_view text) {
       Pass(text, 1);
     }
     if (!in_block_ && lines_.Complete()) Pass(text, DistanceToBegin(text));
+    if (in_block_ && lines_.Complete()) PassDataLines(text);
     if (text.empty()) break;
     if (lines_.Complete()) line_start_ = position_;
     Pass(text, lines_.Take(text));
     if (lines_.Complete()) EndLine(lines_.Line(), lines_.Cut());
   }
+}
+
+void UuScanner::PassDataLines(std::string_view& text) {
+  const char* begin = text.data();
+  const auto lines = CountUuLines(platform::GetCpuLevel(), begin, begin + text.size());
+  if (lines.in == begin) return;
+  open_.decoded_size += lines.bytes;
+  looks_real_ = true;
+  Pass(text, static_cast<size_t>(lines.in - begin));
 }
 
 void UuScanner::Finish() {

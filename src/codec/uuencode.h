@@ -82,6 +82,7 @@ class UuScanner {
  private:
   size_t DistanceToBegin(std::string_view text) const;
   void Pass(std::string_view& text, size_t count);
+  void PassDataLines(std::string_view& text);
   void EndLine(std::string_view line, bool cut);
   void EndBlock();
 

@@ -4,6 +4,8 @@
 #ifndef MIMORA_CODEC_UUENCODE_BLOCKS_H_
 #define MIMORA_CODEC_UUENCODE_BLOCKS_H_
 
+#include <cstdint>
+
 #include "platform/cpu.h"
 
 namespace mimora {
@@ -19,6 +21,14 @@ struct UuProgress {
 // there may be rubbish. Without vectors it takes nothing.
 UuProgress DecodeUuLines(platform::CpuLevel level, UuProgress at, const char* end,
                          const char* out_end);
+
+struct UuCount {
+  const char* in;
+  int64_t bytes;
+};
+
+// Passes over such lines, all of whose characters are of the alphabet, and counts their bytes.
+UuCount CountUuLines(platform::CpuLevel level, const char* p, const char* end);
 
 }  // namespace mimora
 

@@ -77,19 +77,24 @@ std::string DecodeLineByLine(std::string_view text) {
   return out;
 }
 
+std::string RandomFile(std::mt19937& random, size_t lines) {
+  const std::string_view line_end = kLineEnds[random() % std::size(kLineEnds)];
+  std::string text = "begin 644 cat" + std::string(line_end);
+  for (; lines > 0; --lines) {
+    const size_t size = random() % 3 == 0 ? random() % 64 : 45;
+    std::string line(1 + (size + 2) / 3 * 4, static_cast<char>(' ' + size));
+    for (size_t i = 1; i < line.size(); ++i) line[i] = static_cast<char>(' ' + random() % 65);
+    text.append(line).append(line_end);
+  }
+  text.append("`").append(line_end).append("end").append(line_end).append("#0V%T").append(line_end);
+  Damage(random, text);
+  return text;
+}
+
 TEST(UuDecoder, AgreesWithASimpleDecoderOnAnyTextInAnyPieces) {
   std::mt19937 random(1);
   for (int i = 0; i < 3000; ++i) {
-    const std::string_view line_end = kLineEnds[random() % std::size(kLineEnds)];
-    std::string text = "begin 644 cat" + std::string(line_end);
-    for (size_t lines = random() % (i % 100 == 0 ? 300 : 20); lines > 0; --lines) {
-      const size_t size = random() % 3 == 0 ? random() % 64 : 45;
-      std::string line(1 + (size + 2) / 3 * 4, static_cast<char>(' ' + size));
-      for (size_t k = 1; k < line.size(); ++k) line[k] = static_cast<char>(' ' + random() % 65);
-      text.append(line).append(line_end);
-    }
-    text.append("`").append(line_end).append("end").append(line_end).append("#0V%T");
-    Damage(random, text);
+    const std::string text = RandomFile(random, random() % (i % 100 == 0 ? 300 : 20));
     const std::string want = DecodeLineByLine(text);
     const auto seed = static_cast<uint32_t>(random());
     ForEveryCpuLevel([&] {
@@ -182,6 +187,25 @@ TEST(UuScanner, FindsTheSameBlocksForEveryLineEndAndPiece) {
         EXPECT_EQ(scanner.TextSize(), outside);
       }
     }
+  }
+}
+
+TEST(UuScanner, FindsTheSameBlocksAtEveryCpuLevel) {
+  std::mt19937 random(2);
+  for (int i = 0; i < 3000; ++i) {
+    const std::string text = RandomFile(random, random() % 20) + RandomFile(random, random() % 20);
+    const size_t piece = i % 4 == 0 ? 7 : 1 + random() % 3000;
+    std::string portable;
+    ForEveryCpuLevel([&] {
+      UuScanner scanner = Scan(text, piece);
+      std::string found = std::to_string(scanner.TextSize());
+      for (const UuBlock& block : scanner.Blocks())
+        for (const int64_t number : {block.offset, block.length, block.decoded_size})
+          found += " " + std::to_string(number);
+      if (portable.empty()) portable = found;
+      ASSERT_EQ(found, portable) << "text " << i << ": " << text;
+    });
+    if (::testing::Test::HasFatalFailure()) return;
   }
 }
 
