@@ -83,6 +83,11 @@ MIMORA_INLINE Progress DecodeBlocks(Progress at, const char* end, const char* ou
 
 // ---- Encoding -----------------------------------------------------------------------------------
 
+// What is written at most for one byte: an escape and a soft break.
+constexpr int64_t kMostForMark = 6;
+
+constexpr bool IsHigh(char c) { return static_cast<uint8_t>(c) > 0x7F; }
+
 // Takes the byte at the front, which a line cannot hold as it stands.
 MIMORA_INLINE Lines EncodeMark(Lines at) {
   const int line_end = LineEndSize(at.in);
@@ -99,7 +104,7 @@ MIMORA_INLINE Lines EncodeMark(Lines at) {
 template <typename Vector>
 MIMORA_INLINE Lines EncodeBlocks(Lines at, const char* end, const char* out_end) {
   // A byte more is read, which may be the LF of a CR LF; an escape and a soft break are written.
-  while (end - at.in > Vector::kSize && out_end - at.out >= Vector::kSize + 6) {
+  while (end - at.in > Vector::kSize && out_end - at.out >= Vector::kSize + kMostForMark) {
     if (at.out == at.line && *at.in == '.') {
       at.AddEscape(*at.in++);
       continue;
@@ -110,7 +115,9 @@ MIMORA_INLINE Lines EncodeBlocks(Lines at, const char* end, const char* out_end)
     at.in += taken;
     at.out += taken;
     if (at.BreakLongLine() || plain == Vector::kSize) continue;
-    at = EncodeMark(at);
+    do {  // most letters of most scripts come in companies of such bytes
+      at = EncodeMark(at);
+    } while (end - at.in > 1 && out_end - at.out >= kMostForMark && IsHigh(*at.in));
   }
   return at;
 }
@@ -141,29 +148,34 @@ MIMORA_INLINE Count Uncut(Count at, const char* begin) {
     return escape ? Count{at.in - 2, at.bytes - kSoftBreakCount} : Count{at.in - 1, at.bytes};
   }
   if (escape && before(1) != '\n') return {at.in - 2, at.bytes - kEscapeCount - 1};
+  if (IsBlank(before(1)) && IsLineEnd(*at.in)) return {at.in - 1, at.bytes};
   const int64_t blanks = BlanksBefore(at.in, begin);
   return {at.in - blanks, at.bytes - blanks};
 }
 
 // The marks that the bytes of a block stand for, and those that are out of order.
 struct Meaning {
-  uint64_t escapes, soft_breaks, odd;
+  uint64_t escapes, soft_breaks, dropped_blanks, odd;
 };
 
-MIMORA_INLINE Meaning Understand(const Marks& m) {
+// BEHIND_BLANK: 1 when a blank stands in front of the block, else 0.
+MIMORA_INLINE Meaning Understand(const Marks& m, uint64_t behind_blank) {
   const uint64_t escapes = m.equals & m.digits >> 1 & m.digits >> 2;
   const uint64_t soft_breaks = m.equals & (m.lf >> 1 | (m.cr >> 1 & m.lf >> 2));
   const uint64_t odd_equals = m.equals & ~escapes & ~soft_breaks;
   const uint64_t lone_cr = m.cr & ~(m.lf >> 1);
+  // The portable code takes care of several blanks.
   const uint64_t last_blanks = m.blanks & (m.cr | m.lf) >> 1;
-  return {escapes, soft_breaks, (odd_equals | lone_cr | last_blanks) & kCountedBits};
+  const uint64_t dropped_blanks = last_blanks & ~(m.blanks << 1 | behind_blank);
+  const uint64_t odd_blanks = last_blanks & ~dropped_blanks;
+  return {escapes, soft_breaks, dropped_blanks, (odd_equals | lone_cr | odd_blanks) & kCountedBits};
 }
 
 // What the first COUNT bytes stand for.
 MIMORA_INLINE int64_t DecodedSize(const Marks& marks, const Meaning& meaning, int count) {
   const uint64_t counted = (uint64_t{1} << count) - 1;
   const auto number = [counted](uint64_t bits) { return std::popcount(bits & counted); };
-  return count + number(marks.lf) - number(marks.cr) +
+  return count + number(marks.lf) - number(marks.cr) - number(meaning.dropped_blanks) +
          (kEscapeCount - 1) * number(meaning.escapes) +
          (kSoftBreakCount - 1) * number(meaning.soft_breaks);
 }
@@ -171,9 +183,10 @@ MIMORA_INLINE int64_t DecodedSize(const Marks& marks, const Meaning& meaning, in
 template <typename Vector>
 MIMORA_INLINE Count CountBlocks(const char* p, const char* end) {
   Count at = {p, 0};
+  uint64_t behind_blank = 0;
   while (end - at.in >= kBlock) {
     const Marks marks = Vector::Find(at.in);
-    const Meaning meaning = Understand(marks);
+    const Meaning meaning = Understand(marks, behind_blank);
     if (meaning.odd != 0) {
       const int count = std::countr_zero(meaning.odd);
       at.bytes += DecodedSize(marks, meaning, count);
@@ -182,6 +195,7 @@ MIMORA_INLINE Count CountBlocks(const char* p, const char* end) {
     }
     at.bytes += DecodedSize(marks, meaning, kCounted);
     at.in += kCounted;
+    behind_blank = marks.blanks >> (kCounted - 1) & 1;
   }
   return Uncut(at, p);
 }

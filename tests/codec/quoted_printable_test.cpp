@@ -76,6 +76,7 @@ TEST(DecodeQuotedPrintable, AgreesWithASimpleDecoderOnAnyTextInAnyPieces) {
   constexpr std::string_view kWords[] = {
       "Some longer words ",
       "a whole line of words as it stands in a letter to a friend of mine\r\n",
+      "  ",
       "=C3=A9",
       "=\r\n",
       "\r\n",
