@@ -1,0 +1,199 @@
+// Copyright (c) 2026 the mimora developers.
+//
+// Usage: compare_NAME CORPUS loading CASE SOURCE SECONDS
+//        compare_NAME CORPUS coding CODER - SECONDS
+//        compare_NAME CORPUS threads CASE COUNT SECONDS
+// Measures for about that long and writes a line of JSON. Speeds are millions of input bytes a
+// second of CPU time, those of threads a second of the clock.
+#include <time.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "corpus.h"
+#include "program.h"
+
+namespace mimora::bench {
+namespace {
+
+struct Arguments {
+  std::string corpus;
+  std::string work;
+  std::string what;
+  std::string how;
+  double seconds;
+};
+
+double Now(clockid_t clock) {
+  timespec time;
+  clock_gettime(clock, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+// The most memory that the process had at any time.
+long PeakKilobytes() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmHWM:")) return std::atol(line.c_str() + 6);
+  }
+  return 0;
+}
+
+[[noreturn]] void Refuse(const std::string& reason) {
+  std::fprintf(stderr, "%s\n", reason.c_str());
+  std::exit(2);
+}
+
+double Median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+// The median time of a pass; passes are repeated for about SECONDS.
+template <typename Pass>
+double TimeOf(clockid_t clock, double seconds, Pass pass) {
+  std::vector<double> times;
+  for (double sum = 0; times.empty() || sum < seconds; sum += times.back()) {
+    const double start = Now(clock);
+    pass();
+    times.push_back(Now(clock) - start);
+  }
+  return Median(times);
+}
+
+void PrintStart(const Arguments& arguments, double megabytes, double time) {
+  std::printf(
+      "{\"program\": \"%s\", \"work\": \"%s\", \"what\": \"%s\", \"how\": \"%s\", "
+      "\"megabytes_per_second\": %.1f",
+      MakeProgram().name.c_str(), arguments.work.c_str(), arguments.what.c_str(),
+      arguments.how.c_str(), megabytes / time);
+}
+
+auto FindLoader(const std::string& source) {
+  for (const Loader& loader : MakeProgram().loaders) {
+    if (loader.source == source) return loader.load;
+  }
+  Refuse("no loading from " + source);
+}
+
+// ---- Loading
+
+struct Check {
+  Contents found;
+  Contents expected;
+  int64_t wrong_messages = 0;
+};
+
+template <typename Load>
+Check CheckContents(const Corpus& corpus, Load load) {
+  Check check;
+  for (const Message& message : corpus.Messages()) {
+    const Contents found = load(message);
+    check.found += found;
+    check.expected += message.contents;
+    check.wrong_messages += found != message.contents;
+  }
+  return check;
+}
+
+void MeasureLoading(const Arguments& arguments) {
+  const auto load = FindLoader(arguments.how);
+  const Corpus corpus(arguments.corpus, arguments.what);
+  const long peak = PeakKilobytes();
+  const Check check = CheckContents(corpus, load);
+  const long extra = PeakKilobytes() - peak;
+  const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, [&] {
+    for (const Message& message : corpus.Messages()) load(message);
+  });
+  PrintStart(arguments, corpus.Megabytes(), time);
+  std::printf(
+      ", \"leaves\": %lld, \"expected_leaves\": %lld, \"bytes\": %lld, \"expected_bytes\": %lld, "
+      "\"wrong_messages\": %lld, \"extra_kilobytes\": %ld}\n",
+      static_cast<long long>(check.found.leaves), static_cast<long long>(check.expected.leaves),
+      static_cast<long long>(check.found.bytes), static_cast<long long>(check.expected.bytes),
+      static_cast<long long>(check.wrong_messages), extra);
+}
+
+// ---- Loading in several threads
+
+void MeasureThreads(const Arguments& arguments) {
+  const auto load = FindLoader("memory");
+  const Corpus corpus(arguments.corpus, arguments.what);
+  const auto count = static_cast<size_t>(std::stoul(arguments.how));
+  const auto load_share = [&](size_t first) {
+    const auto& messages = corpus.Messages();
+    for (size_t i = first; i < messages.size(); i += count) load(messages[i]);
+  };
+  int passes = 0;
+  const double start = Now(CLOCK_PROCESS_CPUTIME_ID);
+  const double time = TimeOf(CLOCK_MONOTONIC, arguments.seconds, [&] {
+    std::vector<std::jthread> threads;
+    for (size_t i = 1; i < count; ++i) threads.emplace_back(load_share, i);
+    load_share(0);
+    ++passes;
+  });
+  // What the speed would be if no other process took the processors away.
+  const double cpu_time = (Now(CLOCK_PROCESS_CPUTIME_ID) - start) / static_cast<double>(count);
+  PrintStart(arguments, corpus.Megabytes(), time);
+  std::printf(", \"undisturbed_megabytes_per_second\": %.1f}\n",
+              corpus.Megabytes() * passes / cpu_time);
+}
+
+// ---- Coding
+
+const std::map<std::string, std::string> kInputs = {
+    {"base64-decode", "base64.txt"},
+    {"quoted-printable-decode", "quoted-printable.txt"},
+    {"uuencode-decode", "uuencode.txt"},
+    {"base64-encode", "bytes.bin"},
+    {"quoted-printable-encode", "text.txt"}};
+
+// Decoders must give back what was encoded. Encoders may lay out their lines as they like.
+const std::map<std::string, std::string> kAnswers = {{"base64-decode", "bytes.bin"},
+                                                     {"quoted-printable-decode", "text.txt"},
+                                                     {"uuencode-decode", "bytes.bin"}};
+
+int64_t ExpectedBytes(const Arguments& arguments, int64_t found) {
+  const auto answer = kAnswers.find(arguments.what);
+  if (answer == kAnswers.end()) return found;
+  return static_cast<int64_t>(ReadFile(arguments.corpus + "/" + answer->second).size());
+}
+
+auto FindCoder(const std::string& name) {
+  for (const Coder& coder : MakeProgram().coders) {
+    if (coder.name == name && kInputs.contains(name)) return coder.prepare;
+  }
+  Refuse("no coder " + name);
+}
+
+void MeasureCoding(const Arguments& arguments) {
+  const auto prepare = FindCoder(arguments.what);
+  const std::string input = ReadFile(arguments.corpus + "/" + kInputs.at(arguments.what));
+  const RunCoder run = prepare(input);
+  const int64_t found = run();
+  const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, run);
+  PrintStart(arguments, static_cast<double>(input.size()) / 1e6, time);
+  std::printf(", \"bytes\": %lld, \"expected_bytes\": %lld}\n", static_cast<long long>(found),
+              static_cast<long long>(ExpectedBytes(arguments, found)));
+}
+
+}  // namespace
+}  // namespace mimora::bench
+
+int main(int argc, char** argv) {
+  using namespace mimora::bench;
+  if (argc != 6) Refuse("usage: " + std::string(argv[0]) + " CORPUS WORK WHAT HOW SECONDS");
+  const Arguments arguments = {argv[1], argv[2], argv[3], argv[4], std::atof(argv[5])};
+  const std::map<std::string, void (*)(const Arguments&)> works = {
+      {"loading", MeasureLoading}, {"threads", MeasureThreads}, {"coding", MeasureCoding}};
+  const auto work = works.find(arguments.work);
+  if (work == works.end()) Refuse("no work " + arguments.work);
+  work->second(arguments);
+}
