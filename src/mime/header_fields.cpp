@@ -14,10 +14,6 @@ constexpr std::string_view kDummyName = "X-Dummy";
 constexpr std::string_view kDummyValue =
     "Dummy header field to account for the following continuation line:";
 
-// Room for the header of an attachment.
-constexpr size_t kFirstCapacity = 256;
-constexpr size_t kFirstFields = 4;
-
 constexpr CharacterSet kIsOfName([](char c) {
   return static_cast<unsigned char>(c) > ' ' && c != 0x7F && c != ':';
 });
@@ -31,13 +27,15 @@ char* PutText(std::string_view text, char* to) {
 
 }  // namespace
 
+void HeaderFields::Texts::Grow(size_t capacity) {
+  auto larger = std::make_unique_for_overwrite<char[]>(capacity);
+  if (size_ > 0) std::memcpy(larger.get(), block_.get(), size_);
+  block_ = std::move(larger);
+  capacity_ = capacity;
+}
+
 char* HeaderFields::Texts::Add(size_t size) {
-  if (size > capacity_ - size_) {
-    capacity_ = std::max({kFirstCapacity, 2 * capacity_, size_ + size});
-    auto larger = std::make_unique_for_overwrite<char[]>(capacity_);
-    if (size_ > 0) std::memcpy(larger.get(), block_.get(), size_);
-    block_ = std::move(larger);
-  }
+  if (size > capacity_ - size_) Grow(std::max(2 * capacity_, size_ + size));
   size_ += size;
   return block_.get() + size_ - size;
 }
@@ -59,8 +57,12 @@ std::optional<std::string_view> HeaderFields::Find(std::string_view name, int n)
   return std::nullopt;
 }
 
+void HeaderFields::Reserve(size_t fields, size_t bytes) {
+  entries_.reserve(fields);
+  if (texts_.Size() == 0) texts_.Grow(bytes);
+}
+
 void HeaderFields::Append(std::string_view name, std::string_view value) {
-  if (entries_.empty()) entries_.reserve(kFirstFields);
   const size_t start = texts_.Size();
   PutText(value, PutText(name, texts_.Add(name.size() + value.size() + 2)));
   entries_.push_back({start, name.size(), value.size()});

@@ -26,6 +26,8 @@ class HeaderFields {
   // The value of the N-th field of a name, counted from 1.
   std::optional<std::string_view> Find(std::string_view name, int n = 1) const;
 
+  // Makes room for so many, of that size in all: it need not grow then.
+  void Reserve(size_t fields, size_t bytes);
   void Append(std::string_view name, std::string_view value);
   // Takes a line of a header, which is not empty: a field, or the continuation of the last one. A
   // line that is neither is passed over, and the answer is false.
@@ -45,6 +47,7 @@ class HeaderFields {
    public:
     size_t Size() const { return size_; }
     const char* At(size_t place) const { return block_.get() + place; }
+    void Grow(size_t capacity);
     // Makes room for SIZE more bytes and answers where they are to be written.
     char* Add(size_t size);
 

@@ -76,7 +76,6 @@ class Parser {
     const FieldValue type = part.Field("Content-Type");
     std::string scratch;
     part.ContentTransferEncoding = part.Field("Content-Transfer-Encoding").Main(scratch);
-    part.Charset = type.Parameter("charset").value_or("");
     if (!IsTolerated(header)) {
       EndBody(part);
       return header;
@@ -117,6 +116,12 @@ class Parser {
 
 Result Parser::ParseHeader(Bodypart& part) {
   part.PartStart = PartPosition();
+  // As headers are: that of a message with the traces of its way, that of an attachment.
+  if (part.Parent == nullptr) {
+    part.Header.Reserve(32, 4096);
+  } else {
+    part.Header.Reserve(4, 256);
+  }
   Result result = kHeaderCut;
   SkippedLines skipped;
   for (std::string_view line; in_.ReadLine(line);) {
@@ -140,6 +145,7 @@ Result Parser::ParseHeader(Bodypart& part) {
 Result Parser::ParseBody(Bodypart& part, const FieldValue& declared, int level) {
   Result result = kOk;
   const ContentType type = part.Type(declared);
+  if (type.major == "TEXT") part.Charset = declared.Parameter("charset").value_or("");
   if (type.major == "MULTIPART") {
     result = ParseMultipart(part, declared, type.sub == "DIGEST", level);
   } else if (type.major == "MESSAGE") {

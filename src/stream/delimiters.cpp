@@ -64,7 +64,10 @@ void Delimiters::Push(std::string delimiter) {
         std::mismatch(outer.begin(), outer.end(), delimiter.begin(), delimiter.end()).first -
         outer.begin());
   }
-  stack_.push_back({std::move(delimiter), shared, tail});
+  const bool begins_another = std::ranges::any_of(stack_, [&delimiter](const Delimiter& outer) {
+    return outer.text.size() > delimiter.size() && outer.text.starts_with(delimiter);
+  });
+  stack_.push_back({std::move(delimiter), shared, tail, begins_another});
 }
 
 // Whether it is not even worth comparing.
@@ -103,6 +106,7 @@ DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end,
     best = match;
     best.level = level;
     best_length = delimiter.text.size();
+    if (!delimiter.begins_another) break;
   }
   return best;
 }

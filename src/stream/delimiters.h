@@ -53,6 +53,7 @@ class Delimiters {
     // Its last bytes as one number. Those of one message mostly begin alike: the ends tell them
     // apart, which counts when there are many.
     uint64_t tail;
+    bool begins_another;  // one of those outside it is longer and begins with it
   };
 
   static bool DiffersInTail(const Delimiter& delimiter, const char* p, int64_t available);
