@@ -69,7 +69,9 @@ class Splitter {
     size_t value = at_;
     bool named = false;
     while (FindMark() && text_[at_] != ';') {
-      const bool value_begins = value <= at_ && IsSpaceFrom(value);
+      // Once something stands there it is not looked at again: there may be many marks behind it.
+      if (value <= at_ && !IsSpaceFrom(value)) value = std::string_view::npos;
+      const bool value_begins = value <= at_;
       switch (text_[at_]) {
         case '=':
           ++at_;
