@@ -22,6 +22,7 @@ using Pbkdf2Ptr = OpensslPtr<PBKDF2PARAM, &PBKDF2PARAM_free>;
 using PbePtr = OpensslPtr<PBEPARAM, &PBEPARAM_free>;
 using Pkcs12Ptr = OpensslPtr<PKCS12, &PKCS12_free>;
 using PlainKeyPtr = OpensslPtr<PKCS8_PRIV_KEY_INFO, &PKCS8_PRIV_KEY_INFO_free>;
+using ScryptPtr = OpensslPtr<SCRYPT_PARAMS, &SCRYPT_PARAMS_free>;
 using SealedKeyPtr = OpensslPtr<X509_SIG, &X509_SIG_free>;
 
 int Length(const char* password) {
@@ -46,7 +47,19 @@ Pointer Unpack(const ASN1_ITEM* item, const X509_ALGOR& algorithm) {
   return Pointer(static_cast<T*>(ASN1_item_unpack(parameter->value.sequence, item)));
 }
 
-// Of the ways to make a key of a password, scrypt has a bound of its own.
+// OpenSSL bounds the memory that it takes, not the time.
+bool IsBearable(const SCRYPT_PARAMS& scrypt) {
+  int64_t rounds = 1;
+  for (const ASN1_INTEGER* const factor :
+       {scrypt.costParameter, scrypt.blockSize, scrypt.parallelizationParameter}) {
+    int64_t number = 0;
+    if (ASN1_INTEGER_get_int64(&number, factor) != 1) return false;
+    if (number < 1 || number > kMostRounds / rounds) return false;
+    rounds *= number;
+  }
+  return true;
+}
+
 bool IsBearable(const X509_ALGOR& algorithm) {
   if (OBJ_obj2nid(algorithm.algorithm) != NID_pbes2) {
     const PbePtr pbe = Unpack<PbePtr>(ASN1_ITEM_rptr(PBEPARAM), algorithm);
@@ -54,7 +67,10 @@ bool IsBearable(const X509_ALGOR& algorithm) {
   }
   const Pbe2Ptr pbes2 = Unpack<Pbe2Ptr>(ASN1_ITEM_rptr(PBE2PARAM), algorithm);
   if (pbes2 == nullptr) return false;
-  if (OBJ_obj2nid(pbes2->keyfunc->algorithm) != NID_id_pbkdf2) return true;
+  if (OBJ_obj2nid(pbes2->keyfunc->algorithm) == NID_id_scrypt) {
+    const ScryptPtr scrypt = Unpack<ScryptPtr>(ASN1_ITEM_rptr(SCRYPT_PARAMS), *pbes2->keyfunc);
+    return scrypt != nullptr && IsBearable(*scrypt);
+  }
   const Pbkdf2Ptr pbkdf2 = Unpack<Pbkdf2Ptr>(ASN1_ITEM_rptr(PBKDF2PARAM), *pbes2->keyfunc);
   return pbkdf2 != nullptr && IsBearable(pbkdf2->iter);
 }

@@ -5,6 +5,8 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <chrono>
+#include <climits>
 #include <thread>
 
 #include "mimora/mimora.h"
@@ -339,6 +341,23 @@ TEST_F(Smime, KeysAreFoundInAllFormsOfFiles) {
     const std::string text = Sign(store, {"owner@example.org", c.password}).text;
     EVP_set_default_properties(nullptr, "");
     EXPECT_EQ(Verified(text, owner), kCanonical);
+  }
+}
+
+TEST_F(Smime, KeysThatWouldTakeForeverAreNotOpened) {
+  const std::pair<const char*, X509_ALGOR*> cases[] = {
+      {"PBKDF2", PKCS5_pbe2_set(EVP_aes_128_cbc(), INT_MAX, nullptr, 0)},
+      {"scrypt", PKCS5_pbe2_set_scrypt(EVP_aes_128_cbc(), nullptr, 0, nullptr, 1 << 16, 2, 0x7FFF)},
+  };
+  const Owner owner = MakeOwner("owner");
+  for (const auto& [name, algorithm] : cases) {
+    SCOPED_TRACE(name);
+    const Store store;
+    store.Add("a", Pem(owner) + SealedPem(algorithm));
+    X509_ALGOR_free(algorithm);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Sign(store, {"owner@example.org", "any"}).result, MIMORA_E_PASSWORD);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
   }
 }
 

@@ -93,6 +93,19 @@ inline std::string KeyPem(const Owner& owner, KeyForm form = KeyForm::kPlain,
   return std::string(Written(out));
 }
 
+// What passes for a key that is locked like that.
+inline std::string SealedPem(const X509_ALGOR* algorithm) {
+  const OpensslPtr<X509_SIG, &X509_SIG_free> sealed(X509_SIG_new());
+  X509_ALGOR* stated = nullptr;
+  ASN1_OCTET_STRING* key = nullptr;
+  X509_SIG_getm(sealed.get(), &stated, &key);
+  X509_ALGOR_copy(stated, algorithm);
+  ASN1_OCTET_STRING_set(key, reinterpret_cast<const unsigned char*>("sixteen letters."), 16);
+  const BioPtr out = MakeWriter();
+  PEM_write_bio_PKCS8(out.get(), sealed.get());
+  return std::string(Written(out));
+}
+
 enum class Pkcs12Form { kUsual, kKeyLocked };  // the key alone: without a checksum
 
 inline std::string Pkcs12(const Owner& owner, const char* password,
