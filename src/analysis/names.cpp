@@ -57,7 +57,8 @@ bool AddHeaderField(Bodypart& part, std::string_view name, std::string_view valu
   const auto is_name_letter = [](char c) { return c > ' ' && c < 0x7F && c != ':'; };
   if (name.empty() || !std::all_of(name.begin(), name.end(), is_name_letter)) return false;
   const std::string folded = KeepFolding(value);
-  part.Header.Append(name, EncodeWords(folded, {}, {}, name.size() + kSeparator));
+  // The name may be that of another field here, which moves when there is no room for one more.
+  part.Header.Append(std::string(name), EncodeWords(folded, {}, {}, name.size() + kSeparator));
   return true;
 }
 

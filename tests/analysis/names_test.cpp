@@ -46,5 +46,14 @@ TEST(AddHeaderField, LetsNoOtherFieldIn) {
   EXPECT_EQ(part.Header.At(1).value, "a   \r\n b   ");
 }
 
+TEST(AddHeaderField, TakesTheNameOfAnotherFieldInTheHeader) {
+  Bodypart part;
+  part.Header.Append("X", "");
+  for (size_t i = 1; i < 200; ++i) {
+    EXPECT_TRUE(AddHeaderField(part, part.Header.At(0).name, ""));
+    EXPECT_EQ(part.Header.At(i).name, "X");
+  }
+}
+
 }  // namespace
 }  // namespace mimora::testing
