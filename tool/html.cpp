@@ -82,7 +82,8 @@ class UnitReader {
 // Most documents are in UTF-8, and the way through a body is long. False when this one is not.
 bool WidenUtf8(std::string_view text, std::u16string& wide) {
   while (!text.empty()) {
-    const auto* const stop = std::ranges::find_if(text, [](char c) { return c <= '\0'; });
+    const auto needs_more = [](char c) { return static_cast<signed char>(c) <= 0; };
+    const auto* const stop = std::ranges::find_if(text, needs_more);
     wide.append(text.begin(), stop);
     text.remove_prefix(static_cast<std::size_t>(stop - text.begin()));
     if (text.empty()) break;
