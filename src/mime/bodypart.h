@@ -99,7 +99,7 @@ class Bodypart {
   std::vector<std::unique_ptr<Bodypart>> Children;
   std::unique_ptr<Bodypart> EnclosedMessage;
   std::string ContentTransferEncoding;
-  std::string Charset;  // of a text
+  std::string Charset;  // of what is no multipart
   std::vector<EmbeddedAttachment> UuencodedBlocks;
   std::vector<EmbeddedAttachment> TnefAttachments;
 

@@ -145,7 +145,7 @@ Result Parser::ParseHeader(Bodypart& part) {
 Result Parser::ParseBody(Bodypart& part, const FieldValue& declared, int level) {
   Result result = kOk;
   const ContentType type = part.Type(declared);
-  if (type.major == "TEXT") part.Charset = declared.Parameter("charset").value_or("");
+  if (type.major != "MULTIPART") part.Charset = declared.Parameter("charset").value_or("");
   if (type.major == "MULTIPART") {
     result = ParseMultipart(part, declared, type.sub == "DIGEST", level);
   } else if (type.major == "MESSAGE") {
