@@ -108,6 +108,7 @@ void Bodypart::AttachTo(Minstream* stream) {
 }
 
 Bodypart* Bodypart::AppendChild(std::unique_ptr<Bodypart> child) {
+  if (Children.empty()) Children.reserve(2);
   return Children.emplace_back(std::move(child)).get();
 }
 

@@ -30,12 +30,12 @@ bool IsGuarded(std::string_view text, size_t at) {
 
 // The place behind the quoted string that begins at AT; npos when it is not closed.
 size_t SkipQuoted(std::string_view text, size_t at) {
+  static constexpr CharacterSet kIsSpecial([](char c) { return c == '"' || c == '\\'; });
   for (++at; at < text.size(); ++at) {
-    if (IsGuarded(text, at)) {
-      ++at;
-    } else if (text[at] == '"') {
-      return at + 1;
-    }
+    while (at < text.size() && !kIsSpecial(text[at])) ++at;
+    if (at == text.size()) break;
+    if (text[at] == '"') return at + 1;
+    if (IsGuarded(text, at)) ++at;
   }
   return std::string_view::npos;
 }
@@ -326,7 +326,8 @@ std::optional<ContentType> ParseContentType(const FieldValue& value) {
   const std::string_view major = Trim(main.substr(0, slash));
   std::string_view sub = Trim(main.substr(slash + 1));
   // Behind a blank a parameter may stand whose semicolon was forgotten.
-  sub = sub.substr(0, std::min(sub.find_first_of(" \t,"), sub.size()));
+  static constexpr CharacterSet kEndsSub([](char c) { return IsBlank(c) || c == ','; });
+  sub = {sub.begin(), std::find_if(sub.begin(), sub.end(), kEndsSub)};
   if (major.empty() || sub.empty()) return std::nullopt;
   return ContentType{UpperCase(major), UpperCase(sub)};
 }

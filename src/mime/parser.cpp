@@ -12,6 +12,7 @@
 #include "mime/tnef.h"
 #include "platform/ascii.h"
 #include "stream/moutstream.h"
+#include "stream/scan.h"
 #include "stream/temporary_file.h"
 
 namespace mimora {
@@ -41,8 +42,9 @@ class BoundaryScope {
 std::string Boundary(const FieldValue& type) {
   auto declared = type.Parameter("boundary");
   if (!declared) return {};
-  const std::string_view line = *declared;
-  declared->resize(TrimRight(line.substr(0, line.find_first_of("\r\n")), IsBlank).size());
+  const char* const text = declared->data();
+  const char* const end = FindLineEnd(text, text + declared->size());
+  declared->resize(TrimRight(std::string_view(text, end), IsBlank).size());
   return *std::move(declared);
 }
 
