@@ -11,9 +11,9 @@ namespace {
 CpuLevel LevelOfMachine() {
 #if MIMORA_HAS_VECTORS
   __builtin_cpu_init();
-  if (!__builtin_cpu_supports("sse4.1") || !__builtin_cpu_supports("popcnt")) {
-    return CpuLevel::kPortable;
-  }
+  const bool sse = __builtin_cpu_supports("sse4.1") && __builtin_cpu_supports("popcnt") &&
+                   __builtin_cpu_supports("pclmul");
+  if (!sse) return CpuLevel::kPortable;
   const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi");
   return avx2 ? CpuLevel::kAvx2 : CpuLevel::kSse;
 #else

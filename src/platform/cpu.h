@@ -12,8 +12,8 @@
 // without vector types in their signatures can be shared between the levels.
 #if defined(__x86_64__) && defined(__GNUC__)
 #define MIMORA_HAS_VECTORS 1
-#define MIMORA_FOR_SSE __attribute__((target("sse4.1,popcnt")))
-#define MIMORA_FOR_AVX2 __attribute__((target("avx2,bmi,popcnt")))
+#define MIMORA_FOR_SSE __attribute__((target("sse4.1,popcnt,pclmul")))
+#define MIMORA_FOR_AVX2 __attribute__((target("avx2,bmi,popcnt,pclmul")))
 #define MIMORA_FLAT __attribute__((flatten))
 #define MIMORA_INLINE inline __attribute__((always_inline))
 #else
@@ -25,7 +25,7 @@ namespace mimora::platform {
 
 enum class CpuLevel {
   kPortable,
-  kSse,   // up to SSE 4.1
+  kSse,   // up to SSE 4.1, with POPCNT and PCLMUL
   kAvx2,  // with BMI
 };
 

@@ -1,13 +1,15 @@
 // Copyright (c) 2026 the mimora developers.
 #include "util/crc32.h"
 
-#if defined(__x86_64__)
-#include <wmmintrin.h>
-#endif
-
 #include <array>
 #include <bit>
 #include <cstring>
+
+#include "platform/cpu.h"
+
+#if MIMORA_HAS_VECTORS
+#include <immintrin.h>
+#endif
 
 namespace mimora {
 namespace {
@@ -57,9 +59,7 @@ uint32_t LookUp(uint32_t word, size_t following) {
 
 // ---- By multiplication --------------------------------------------------------------------------
 
-#if defined(__x86_64__)
-
-#define MIMORA_TARGET __attribute__((target("pclmul")))
+#if MIMORA_HAS_VECTORS
 
 constexpr size_t kLanes = 4;
 
@@ -74,19 +74,19 @@ constexpr int64_t PowerOfX(int n) {
 // Moves a block over DISTANCE bits of data behind it: its two halves, the earlier one further, are
 // multiplied with what they are worth there.
 template <int kDistance>
-MIMORA_TARGET __m128i Move(__m128i block) {
+MIMORA_FOR_SSE __m128i Move(__m128i block) {
   constexpr int64_t kEarlier = PowerOfX(kDistance + 32), kLater = PowerOfX(kDistance - 32);
   const __m128i factors = _mm_set_epi64x(kLater, kEarlier);
   return _mm_xor_si128(_mm_clmulepi64_si128(block, factors, 0x00),
                        _mm_clmulepi64_si128(block, factors, 0x11));
 }
 
-MIMORA_TARGET __m128i LoadBlock(const char* p) {
+MIMORA_FOR_SSE __m128i LoadBlock(const char* p) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
 
 // Adds whole rounds of blocks, at least one, up into one block that has the same remainder.
-MIMORA_TARGET uint32_t MultiplyRounds(uint32_t crc, const char* p, size_t rounds) {
+MIMORA_FOR_SSE uint32_t MultiplyRounds(uint32_t crc, const char* p, size_t rounds) {
   __m128i lanes[kLanes];
   for (size_t i = 0; i < kLanes; ++i) lanes[i] = LoadBlock(p + i * kBlock);
   lanes[0] = _mm_xor_si128(lanes[0], _mm_cvtsi32_si128(static_cast<int>(crc)));
@@ -102,8 +102,6 @@ MIMORA_TARGET uint32_t MultiplyRounds(uint32_t crc, const char* p, size_t rounds
   _mm_storeu_si128(reinterpret_cast<__m128i*>(block), sum);
   return UpdateCrc32ByTables(0, {block, kBlock});
 }
-
-#undef MIMORA_TARGET
 
 #endif
 
@@ -123,8 +121,8 @@ uint32_t UpdateCrc32ByTables(uint32_t crc, std::string_view data) {
 }
 
 uint32_t UpdateCrc32(uint32_t crc, std::string_view data) {
-#if defined(__x86_64__)
-  static const bool multiplies = __builtin_cpu_supports("pclmul");
+#if MIMORA_HAS_VECTORS
+  const bool multiplies = platform::GetCpuLevel() != platform::CpuLevel::kPortable;
   const size_t rounds = data.size() / (kLanes * kBlock);
   if (multiplies && rounds > 0) {
     crc = MultiplyRounds(crc, data.data(), rounds);
