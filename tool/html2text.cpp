@@ -27,16 +27,12 @@ void PrintDocument(const std::string& path, const std::string& charset, Titles& 
 
 int PrintDocuments(const Arguments& arguments, Output& out) {
   Titles titles(arguments.files.size(), out);
-  int status = 0;
-  for (const std::string& path : arguments.files) {
-    try {
-      TellAsMessageError([&] { PrintDocument(path, arguments.charset, titles, out); });
-    } catch (const MessageError& error) {
-      status = 1;
-      out.ReportError(path, error.what());
-    }
-  }
-  return status;
+  return ForEachPath(
+      arguments.files, out,
+      [&](const std::string& path) {
+        TellAsMessageError([&] { PrintDocument(path, arguments.charset, titles, out); });
+      },
+      kReportOnly);
 }
 
 }  // namespace

@@ -242,11 +242,13 @@ int32_t P_GetCertificatesList(const char* store, uint32_t purpose, P_Certificate
     if (const Result result = engine.Open()) return result;
     const auto& certificates = engine.Store().Certificates();
     auto found = std::make_unique<P_Certificate[]>(certificates.size());
+    uint32_t size = 0;
     for (const StoredCertificate& certificate : certificates) {
-      found[*count] = ToPublic(certificate);
-      *count += Serves(found[*count], purpose) ? 1 : 0;
+      found[size] = ToPublic(certificate);
+      size += Serves(found[size], purpose) ? 1 : 0;
     }
     *list = found.release();
+    *count = size;
     return kOk;
   });
 }

@@ -6,6 +6,7 @@
 #include "codec/base64_alphabet.h"
 #include "codec/base64_vectors.h"
 #include "platform/cpu.h"
+#include "stream/scan.h"
 
 namespace mimora {
 namespace {
@@ -108,12 +109,6 @@ MIMORA_INLINE int64_t CountCharacters(const char* p, const char* end) {
   return count + CountPortable(p, end);
 }
 
-// The size of the line end at P: CR LF or LF, 0 when it is neither.
-MIMORA_INLINE int LineEndSize(const char* p, const char* end) {
-  if (*p == '\r' && end - p >= 2 && p[1] == '\n') return 2;
-  return *p == '\n' ? 1 : 0;
-}
-
 // A line of that many characters, whole groups; answers whether that is what it is.
 template <typename Vector>
 MIMORA_INLINE bool DecodeLine(Base64Progress at, int64_t length) {
@@ -149,7 +144,7 @@ MIMORA_INLINE Base64Progress DecodeBlocks(Base64Progress at, const char* end, co
     at.in += good & ~3;
     at.out += (good >> 2) * 3;
     if (good == Vector::kSize) continue;
-    const int line_end = LineEndSize(at.in, end);
+    const int line_end = end - at.in >= 2 ? LineEndSize(at.in) : 0;
     if (line_end == 0) break;
     const int64_t length = at.in - line;
     at.in += line_end;

@@ -37,7 +37,6 @@ size_t QuotedSize(std::string_view bytes) {
 constexpr size_t Base64Size(std::string_view bytes) { return (bytes.size() + 2) / 3 * 4; }
 
 std::string EncodeQuoted(std::string_view bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
   std::string text;
   for (const char c : bytes) {
     const auto byte = static_cast<unsigned char>(c);
@@ -46,7 +45,7 @@ std::string EncodeQuoted(std::string_view bytes) {
     } else if (IsPlainInWord(c)) {
       text += c;
     } else {
-      text.append({'=', kDigits[byte >> 4], kDigits[byte & 15]});
+      text.append({'=', kUpperHexDigits[byte >> 4], kUpperHexDigits[byte & 15]});
     }
   }
   return text;

@@ -10,6 +10,7 @@
 #include "diag/limits.h"
 #include "platform/ascii.h"
 #include "platform/cpu.h"
+#include "stream/scan.h"
 
 namespace mimora {
 
@@ -26,12 +27,6 @@ using platform::CpuLevel;
 
 // What may stand in front of a block's last byte and behind it: an escape, a line end.
 constexpr int64_t kLongestMark = 3;
-
-// The size of the line end at P: CR LF or LF, 0 when it is neither.
-MIMORA_INLINE int LineEndSize(const char* p) {
-  if (p[0] == '\r' && p[1] == '\n') return 2;
-  return p[0] == '\n' ? 1 : 0;
-}
 
 MIMORA_INLINE Progress DecodeEscape(Progress at) {
   const int value = QuotedPrintableValue(at.in[1], at.in[2]);

@@ -40,11 +40,10 @@ struct QuotedPrintableLines {
   char* line;  // where the last line begins
 
   void AddEscape(char c) {
-    constexpr const char* kHexDigits = "0123456789ABCDEF";
     const auto byte = static_cast<uint8_t>(c);
     out[0] = '=';
-    out[1] = kHexDigits[byte >> 4];
-    out[2] = kHexDigits[byte & 15];
+    out[1] = kUpperHexDigits[byte >> 4];
+    out[2] = kUpperHexDigits[byte & 15];
     out += 3;
   }
 

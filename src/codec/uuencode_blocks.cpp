@@ -7,6 +7,7 @@
 
 #include "codec/six_bits.h"
 #include "codec/uuencode_alphabet.h"
+#include "stream/scan.h"
 
 namespace mimora {
 
@@ -80,11 +81,6 @@ MIMORA_INLINE bool TakeLine(const char* p, char* out, int characters) {
 // What is read and written at most for one line: the longest one, its end, and a block too many.
 constexpr int64_t kMostCharacters = 1 + 84 + 2 + Avx2::kSize;
 constexpr int64_t kMostDecoded = 63 + Avx2::kSize;
-
-MIMORA_INLINE int LineEndSize(const char* p) {
-  if (p[0] == '\r' && p[1] == '\n') return 2;
-  return p[0] == '\n' ? 1 : 0;
-}
 
 // The next line, as far as it goes in blocks.
 struct Line {

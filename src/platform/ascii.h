@@ -25,6 +25,9 @@ constexpr bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
 // White space of a header value, folding included.
 constexpr bool IsSpace(char c) { return IsBlank(c) || IsLineEnd(c); }
 
+constexpr char kHexDigits[] = "0123456789abcdef";
+constexpr char kUpperHexDigits[] = "0123456789ABCDEF";
+
 // Of a hexadecimal digit; -1 for anything else.
 constexpr int HexValue(char c) {
   if (IsDigit(c)) return c - '0';

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <cstdio>
 
-#include "platform/platform.h"
+#include "platform/ascii.h"
 
 namespace mimora {
 namespace {
@@ -97,8 +97,8 @@ std::string CertificateId(const X509& certificate, const CryptoContext& context)
   unsigned size = 0;
   std::string id;
   if (sha256 == nullptr || X509_digest(&certificate, sha256.get(), digest, &size) != 1) return id;
-  constexpr char kDigits[] = "0123456789abcdef";
-  for (unsigned i = 0; i < size; ++i) id += {kDigits[digest[i] >> 4], kDigits[digest[i] & 0xF]};
+  for (unsigned i = 0; i < size; ++i)
+    id += {kHexDigits[digest[i] >> 4], kHexDigits[digest[i] & 0xF]};
   return id;
 }
 

@@ -90,6 +90,13 @@ using scan_plain::FindPair;
 
 #endif
 
+// The size of the line end at P: CR LF or LF, 0 when it is neither. The byte behind a CR is in
+// view.
+MIMORA_INLINE int LineEndSize(const char* p) {
+  if (p[0] == '\r' && p[1] == '\n') return 2;
+  return p[0] == '\n' ? 1 : 0;
+}
+
 // The first CR or LF in [p, end); end when there is none.
 inline const char* FindLineEnd(const char* p, const char* end) {
   return FindLineEndOr(p, end, '\n');

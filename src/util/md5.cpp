@@ -7,6 +7,8 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/ascii.h"
+
 namespace mimora {
 namespace {
 
@@ -29,8 +31,6 @@ constexpr int kRotations[4][4] = {
 
 // Which word of the block a step takes: I times the first number plus the second.
 constexpr size_t kWordOrder[4][2] = {{1, 0}, {5, 1}, {3, 5}, {7, 0}};
-
-constexpr char kDigits[] = "0123456789abcdef";
 
 using State = std::array<uint32_t, 4>;
 
@@ -112,8 +112,8 @@ Md5Digest Md5(std::string_view data) {
 
 void WriteMd5Text(const Md5Digest& digest, char* text) {
   const auto write_byte = [&text](uint8_t byte) {
-    *text++ = kDigits[byte >> 4];
-    *text++ = kDigits[byte & 0xF];
+    *text++ = kHexDigits[byte >> 4];
+    *text++ = kHexDigits[byte & 0xF];
   };
   const uint8_t last = digest.back();
   for (size_t i = 0; i + 1 < digest.size(); ++i) write_byte(digest[i] < 0x80 ? digest[i] : 0xFF);

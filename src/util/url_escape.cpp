@@ -9,7 +9,6 @@ namespace mimora {
 namespace {
 
 constexpr std::string_view kEscaped = ":% ?+&=";
-constexpr char kDigits[] = "0123456789abcdef";
 
 char DigitValue(std::string_view text, size_t at) {
   return static_cast<char>(at < text.size() ? std::max(HexValue(text[at]), 0) : 0);
@@ -24,7 +23,7 @@ std::string EscapeUrl(std::string_view text) {
     if (kEscaped.find(c) == std::string_view::npos) {
       escaped += c;
     } else {
-      escaped += {'%', kDigits[c >> 4], kDigits[c & 0xF]};
+      escaped += {'%', kHexDigits[c >> 4], kHexDigits[c & 0xF]};
     }
   }
   return escaped;
