@@ -35,9 +35,10 @@ std::string KeepFolding(std::string_view value) {
 }  // namespace
 
 std::string BodypartName(const Bodypart& part, std::string_view target_charset) {
-  auto name = part.Field("Content-Type").FindParameter("name");
+  std::string scratch;
+  auto name = part.Field("Content-Type").FindParameter("name", scratch);
   if (!name || name->text.empty()) {
-    name = part.Field("Content-Disposition").FindParameter("filename");
+    name = part.Field("Content-Disposition").FindParameter("filename", scratch);
   }
   if (!name) return {};
   if (!name->is_utf8) return DecodeEncodedWords(name->text, target_charset);

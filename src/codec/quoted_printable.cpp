@@ -171,7 +171,7 @@ const char* QuotedPrintableDecoder::FeedPlain(const char* p, const char* end) {
 
 // Takes text up to the next escape or line end, the "=" of the escape included.
 const char* QuotedPrintableDecoder::FeedText(const char* p, const char* end) {
-  const char* stop = FindLineEndOr(p, end, '=');
+  const char* stop = FindAnyOf<'\r', '\n', '='>(p, end);
   const bool escape = stop < end && *stop == '=';
   const char* kept = escape ? stop : TrimBlanks(p, stop);
   if (kept > p || escape) Release();

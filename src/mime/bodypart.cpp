@@ -16,7 +16,7 @@ bool IsPkcs7(const ContentType& type) {
 
 Bodypart::~Bodypart() {
   MIMORA_CHECK_TAG_IS_FIRST(Bodypart);
-  Clean();
+  DestroySubparts();
   // Volatile, or the compiler would drop a store into an object that ends here.
   static_cast<volatile uint32_t&>(tag_) = 0;
 }
@@ -33,8 +33,8 @@ void Bodypart::ReleaseSubparts(Bodypart*& list) {
   Children.clear();
 }
 
-void Bodypart::Clean() {
-  // One by one: destroying a deep tree from its root would need a stack as deep.
+// One by one: destroying a deep tree from its root would need a stack as deep.
+void Bodypart::DestroySubparts() {
   Bodypart* pending = nullptr;
   ReleaseSubparts(pending);
   while (pending != nullptr) {
@@ -42,6 +42,10 @@ void Bodypart::Clean() {
     pending = part->Parent;
     part->ReleaseSubparts(pending);
   }
+}
+
+void Bodypart::Clean() {
+  DestroySubparts();
   DataDefinitionType = kNoBody;
   Opaque = false;
   PartStart = HeaderSize = BodyStart = BodyLength = DecodedSize = 0;
@@ -51,8 +55,8 @@ void Bodypart::Clean() {
   Header.Clear();
   ContentTransferEncoding.clear();
   Charset.clear();
-  UuencodedBlocks = {};
-  TnefAttachments = {};
+  UuencodedBlocks.clear();
+  TnefAttachments.clear();
   OwnStream = nullptr;
   OwnText = nullptr;
 }

@@ -109,6 +109,7 @@ class Bodypart {
 
  private:
   void ReleaseSubparts(Bodypart*& list);
+  void DestroySubparts();
 };
 
 // Calls VISIT for the part and all below it, a part before its children. Needs no stack in

@@ -8,18 +8,20 @@
 #include "codec/charset/translate.h"
 #include "codec/charset_table.h"
 #include "platform/ascii.h"
+#include "stream/scan.h"
 
 namespace mimora {
 namespace {
 
 std::string_view Trim(std::string_view text) { return TrimRight(TrimLeft(text, IsSpace), IsSpace); }
 
-std::string Unfold(std::string_view text) {
-  std::string line(text);
-  const bool folded = text.find('\n') != std::string_view::npos ||  //
-                      text.find('\r') != std::string_view::npos;
-  if (folded) std::erase_if(line, IsLineEnd);
-  return line;
+// What is returned here and below is a view of the text where that stands as wanted, and of SCRATCH
+// otherwise.
+std::string_view Unfold(std::string_view text, std::string& scratch) {
+  if (FindLineEnd(text.begin(), text.end()) == text.end()) return text;
+  scratch = text;
+  std::erase_if(scratch, IsLineEnd);
+  return scratch;
 }
 
 // Inside quotes a backslash guards these two; before anything else it is a character of its own, as
@@ -30,9 +32,8 @@ bool IsGuarded(std::string_view text, size_t at) {
 
 // The place behind the quoted string that begins at AT; npos when it is not closed.
 size_t SkipQuoted(std::string_view text, size_t at) {
-  static constexpr CharacterSet kIsSpecial([](char c) { return c == '"' || c == '\\'; });
   for (++at; at < text.size(); ++at) {
-    while (at < text.size() && !kIsSpecial(text[at])) ++at;
+    at = static_cast<size_t>(FindAnyOf<'"', '\\'>(text.data() + at, text.end()) - text.data());
     if (at == text.size()) break;
     if (text[at] == '"') return at + 1;
     if (IsGuarded(text, at)) ++at;
@@ -107,9 +108,8 @@ class Splitter {
   }
 
   bool FindMark() {
-    static constexpr CharacterSet kIsMark(
-        [](char c) { return c == ';' || c == '=' || c == '"' || c == '('; });
-    while (at_ < text_.size() && !kIsMark(text_[at_])) ++at_;
+    const char* const mark = FindAnyOf<';', '=', '"', '('>(text_.data() + at_, text_.end());
+    at_ = static_cast<size_t>(mark - text_.data());
     return at_ < text_.size();
   }
 
@@ -159,30 +159,31 @@ std::string_view TrimComments(std::string_view text) {
   return text;
 }
 
-std::string Unquote(std::string_view text) {
-  static constexpr CharacterSet kIsSpecial(
-      [](char c) { return c == '"' || c == '\\' || IsLineEnd(c); });
-  std::string plain;
-  for (size_t at = 1; at < text.size();) {
-    const std::string_view rest = text.substr(at);
-    const auto* const stop = std::find_if(rest.begin(), rest.end(), kIsSpecial);
-    plain.append(rest.begin(), stop);
-    at += static_cast<size_t>(stop - rest.begin());
-    if (at == text.size() || text[at] == '"') break;
-    if (IsGuarded(text, at)) ++at;
-    if (!IsLineEnd(text[at])) plain += text[at];
-    ++at;
+std::string_view Unquote(std::string_view text, std::string& scratch) {
+  text.remove_prefix(1);
+  const char* p = text.begin();
+  const char* stop = nullptr;
+  const auto ends = [&] { return stop == text.end() || *stop == '"'; };
+  const auto find_stop = [&] { stop = FindAnyOf<'"', '\\', '\r', '\n'>(p, text.end()); };
+  find_stop();
+  if (ends()) return {p, stop};
+  scratch.clear();
+  for (; find_stop(), !ends(); p = stop + 1) {
+    scratch.append(p, stop);
+    if (IsGuarded(text, static_cast<size_t>(stop - text.begin()))) ++stop;
+    if (!IsLineEnd(*stop)) scratch += *stop;
   }
-  return plain;
+  return scratch.append(p, stop);
 }
 
-std::string PlainText(std::string_view raw, Comments comments) {
+std::string_view PlainText(std::string_view raw, Comments comments, std::string& scratch) {
   const bool none = comments == Comments::kNowhere;
   const std::string_view text = none ? Trim(raw) : TrimComments(raw);
-  if (text.starts_with('"')) return Unquote(text);
-  if (none || text.find('(') == std::string_view::npos) return Unfold(text);
-  const std::string kept = WithoutComments(text, comments);
-  return Unfold(Trim(kept));
+  if (text.starts_with('"')) return Unquote(text, scratch);
+  if (none || text.find('(') == std::string_view::npos) return Unfold(text, scratch);
+  scratch = WithoutComments(text, comments);
+  std::erase_if(scratch, IsLineEnd);
+  return Trim(scratch);
 }
 
 // A percent sign that no two digits follow stands for itself.
@@ -210,10 +211,13 @@ std::optional<RawParameter> ParseParameter(std::string_view piece, Comments comm
   const bool some = comments != Comments::kNowhere;
   bool commented = false;
   size_t equals = 0;
-  while (equals < piece.size() && piece[equals] != '=') {
-    const bool opens = some && piece[equals] == '(';
-    equals = opens ? SkipComment(piece, equals) : equals + 1;
-    commented |= opens;
+  for (;;) {
+    const char* const mark = FindAnyOf<'=', '('>(piece.data() + equals, piece.end());
+    equals = static_cast<size_t>(mark - piece.data());
+    if (equals == piece.size() || *mark == '=') break;
+    equals = some ? SkipComment(piece, equals) : equals + 1;
+    commented |= some;
+    if (equals >= piece.size()) break;
   }
   if (equals >= piece.size()) return std::nullopt;
   std::string_view name = piece.substr(0, equals);
@@ -246,59 +250,60 @@ bool ParseMarks(std::string_view marks, Section& section) {
 
 // Joins the pieces, which stand in the order of their numbers, up to the first gap; of those alike
 // the first counts. The first one declares the charset.
-ParameterText JoinSections(const std::vector<Section>& sections) {
+ParameterText JoinSections(const std::vector<Section>& sections, std::string& joined) {
   std::string text;
   std::string charset;
+  std::string scratch;
   const Section* last = nullptr;
   for (const Section& section : sections) {
     if (last != nullptr && section.number == last->number) continue;
     if (last != nullptr && section.number != last->number + 1) break;
-    std::string piece = PlainText(section.value, section.comments);
+    std::string_view piece = PlainText(section.value, section.comments, scratch);
     if (last == nullptr && section.encoded) {
       const size_t language = piece.find('\'');
       const size_t behind =
           language == std::string::npos ? language : piece.find('\'', language + 1);
       if (behind != std::string::npos) {
         charset = piece.substr(0, language);
-        piece.erase(0, behind + 1);
+        piece.remove_prefix(behind + 1);
       }
     }
     text += section.encoded ? UndoPercent(piece) : piece;
     last = &section;
   }
   const uint32_t page = PageOfCharset(charset);
-  if (page == 0) return {std::move(text)};
-  return {TranslateText(text, page, kUtf8Page), true};
+  joined = page == 0 ? std::move(text) : TranslateText(text, page, kUtf8Page);
+  return {joined, page != 0};
 }
 
 }  // namespace
 
 std::string_view FieldValue::Main(std::string& scratch) const {
-  static constexpr CharacterSet kIsSpecial(
-      [](char c) { return c == ';' || c == '"' || c == '(' || IsLineEnd(c); });
-  const auto* const stop = std::find_if(text_.begin(), text_.end(), kIsSpecial);
+  const char* const stop = FindAnyOf<';', '"', '(', '\r', '\n'>(text_.begin(), text_.end());
   if (stop == text_.end() || *stop == ';') return Trim({text_.begin(), stop});
   Splitter pieces(text_);
   std::string_view main;
   pieces.Next(main);
-  return scratch = PlainText(main, pieces.HasComments() ? Comments::kAnywhere : Comments::kNowhere);
+  const Comments comments = pieces.HasComments() ? Comments::kAnywhere : Comments::kNowhere;
+  return PlainText(main, comments, scratch);
 }
 
-std::optional<ParameterText> FieldValue::FindParameter(std::string_view name) const {
+std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
+                                                       std::string& scratch) const {
   std::optional<ParameterText> plain;
   std::vector<Section> sections;
   Splitter pieces(text_);
   std::string_view piece;
-  std::string scratch;
+  std::string name_scratch;
   for (pieces.Next(piece); pieces.Next(piece);) {
     const Comments comments = pieces.HasComments() ? Comments::kAroundWords : Comments::kNowhere;
-    const auto parameter = ParseParameter(piece, comments, scratch);
+    const auto parameter = ParseParameter(piece, comments, name_scratch);
     if (!parameter || parameter->name.size() < name.size()) continue;
     const std::string_view full = parameter->name;
     if (!EqualIgnoringCase(full.substr(0, name.size()), name)) continue;
     Section section{0, false, parameter->value, comments};
     if (full.size() == name.size()) {
-      if (!plain) plain = {PlainText(parameter->value, comments)};
+      if (!plain) plain = {PlainText(parameter->value, comments, scratch)};
     } else if (ParseMarks(full.substr(name.size()), section)) {
       sections.push_back(section);
     }
@@ -306,16 +311,24 @@ std::optional<ParameterText> FieldValue::FindParameter(std::string_view name) co
   std::stable_sort(sections.begin(), sections.end(),
                    [](const Section& a, const Section& b) { return a.number < b.number; });
   // Some count from 1. Where the beginning is missing, a plain one is better.
-  if (!sections.empty() && (sections.front().number <= 0 || !plain)) plain = JoinSections(sections);
+  if (!sections.empty() && (sections.front().number <= 0 || !plain)) {
+    plain = JoinSections(sections, scratch);
+  }
   // A zero would end the text for a caller in C.
-  if (plain) std::erase(plain->text, '\0');
+  if (plain && plain->text.find('\0') != std::string_view::npos) {
+    std::string whole(plain->text);
+    std::erase(whole, '\0');
+    scratch = std::move(whole);
+    plain->text = scratch;
+  }
   return plain;
 }
 
 std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
-  auto parameter = FindParameter(name);
+  std::string scratch;
+  const auto parameter = FindParameter(name, scratch);
   if (!parameter) return std::nullopt;
-  return std::move(parameter->text);
+  return std::string(parameter->text);
 }
 
 std::optional<ContentType> ParseContentType(const FieldValue& value) {
@@ -327,7 +340,7 @@ std::optional<ContentType> ParseContentType(const FieldValue& value) {
   std::string_view sub = Trim(main.substr(slash + 1));
   // Behind a blank a parameter may stand whose semicolon was forgotten.
   static constexpr CharacterSet kEndsSub([](char c) { return IsBlank(c) || c == ','; });
-  sub = {sub.begin(), std::find_if(sub.begin(), sub.end(), kEndsSub)};
+  sub = {sub.begin(), kEndsSub.Find(sub.begin(), sub.end())};
   if (major.empty() || sub.empty()) return std::nullopt;
   return ContentType{UpperCase(major), UpperCase(sub)};
 }

@@ -13,7 +13,7 @@
 namespace mimora {
 
 struct ParameterText {
-  std::string text;
+  std::string_view text;
   bool is_utf8 = false;  // it declared a charset, and was re-coded
 };
 
@@ -32,8 +32,9 @@ class FieldValue {
 
   // A parameter, ready for use. When it stands in a plain and in an extended form, the extended one
   // counts, and of several alike the first.
-  std::optional<ParameterText> FindParameter(std::string_view name) const;
   std::optional<std::string> Parameter(std::string_view name) const;
+  // The same without a copy, as above.
+  std::optional<ParameterText> FindParameter(std::string_view name, std::string& scratch) const;
 
  private:
   std::string_view text_;

@@ -27,30 +27,18 @@ char* PutText(std::string_view text, char* to) {
 
 }  // namespace
 
-void HeaderFields::Texts::Grow(size_t capacity) {
-  auto larger = std::make_unique_for_overwrite<char[]>(capacity);
-  if (size_ > 0) std::memcpy(larger.get(), block_.get(), size_);
-  block_ = std::move(larger);
-  capacity_ = capacity;
-}
-
-char* HeaderFields::Texts::Add(size_t size) {
-  if (size > capacity_ - size_) Grow(std::max(2 * capacity_, size_ + size));
-  size_ += size;
-  return block_.get() + size_ - size;
-}
-
 HeaderField HeaderFields::At(size_t index) const {
-  const Entry& entry = entries_[index];
-  const char* const name = texts_.At(entry.start);
+  const Entry& entry = entries_.Data()[index];
+  const char* const name = texts_.Data() + entry.start;
   return {{name, entry.name_size}, {name + entry.name_size + 1, entry.value_size}};
 }
 
 std::optional<std::string_view> HeaderFields::Find(std::string_view name, int n) const {
   int matches = 0;
-  for (const Entry& entry : entries_) {
+  for (size_t i = 0; i < entries_.Size(); ++i) {
+    const Entry& entry = entries_.Data()[i];
     if (entry.name_size != name.size()) continue;
-    const char* const found = texts_.At(entry.start);
+    const char* const found = texts_.Data() + entry.start;
     if (!EqualIgnoringCase({found, name.size()}, name) || ++matches != n) continue;
     return std::string_view(found + name.size() + 1, entry.value_size);
   }
@@ -58,23 +46,23 @@ std::optional<std::string_view> HeaderFields::Find(std::string_view name, int n)
 }
 
 void HeaderFields::Reserve(size_t fields, size_t bytes) {
-  entries_.reserve(fields);
-  if (texts_.Size() == 0) texts_.Grow(bytes);
+  entries_.Reserve(fields);
+  texts_.Reserve(bytes);
 }
 
 void HeaderFields::Append(std::string_view name, std::string_view value) {
   const size_t start = texts_.Size();
   PutText(value, PutText(name, texts_.Add(name.size() + value.size() + 2)));
-  entries_.push_back({start, name.size(), value.size()});
+  *entries_.Add(1) = {start, name.size(), value.size()};
 }
 
 void HeaderFields::Continue(std::string_view line) {
-  if (entries_.empty()) Append(kDummyName, kDummyValue);
+  if (entries_.Size() == 0) Append(kDummyName, kDummyValue);
   char* const end = texts_.Add(line.size() + 2) - 1;  // over the zero
   end[0] = '\r';
   end[1] = '\n';
   PutText(line, end + 2);
-  entries_.back().value_size += line.size() + 2;
+  entries_.Data()[entries_.Size() - 1].value_size += line.size() + 2;
 }
 
 bool HeaderFields::AppendLine(std::string_view line) {
@@ -94,13 +82,11 @@ bool HeaderFields::AppendLine(std::string_view line) {
   return true;
 }
 
-void HeaderFields::Delete(size_t index) {
-  entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
-}
+void HeaderFields::Delete(size_t index) { entries_.Erase(index); }
 
 void HeaderFields::Clear() {
-  texts_ = {};
-  entries_ = {};
+  texts_.Clear();
+  entries_.Clear();
 }
 
 }  // namespace mimora

@@ -5,10 +5,10 @@
 #define MIMORA_MIME_HEADER_FIELDS_H_
 
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <string_view>
-#include <vector>
+
+#include "mime/inline_vector.h"
 
 namespace mimora {
 
@@ -20,7 +20,7 @@ struct HeaderField {
 
 class HeaderFields {
  public:
-  size_t Count() const { return entries_.size(); }
+  size_t Count() const { return entries_.Size(); }
   HeaderField At(size_t index) const;
 
   // The value of the N-th field of a name, counted from 1.
@@ -42,26 +42,11 @@ class HeaderFields {
     size_t value_size;
   };
 
-  // All texts, in one block that grows.
-  class Texts {
-   public:
-    size_t Size() const { return size_; }
-    const char* At(size_t place) const { return block_.get() + place; }
-    void Grow(size_t capacity);
-    // Makes room for SIZE more bytes and answers where they are to be written.
-    char* Add(size_t size);
-
-   private:
-    std::unique_ptr<char[]> block_;
-    size_t size_ = 0;
-    size_t capacity_ = 0;
-  };
-
   void Continue(std::string_view line);
 
-  // A header costs two allocations that grow, whatever it holds.
-  Texts texts_;
-  std::vector<Entry> entries_;
+  // Enough for the header of an attachment.
+  InlineVector<char, 256> texts_;
+  InlineVector<Entry, 4> entries_;
 };
 
 }  // namespace mimora

@@ -26,8 +26,8 @@ bool IsTolerated(Result result) {
 // A delimiter that is in force as long as the object lives.
 class BoundaryScope {
  public:
-  BoundaryScope(Minstream& in, std::string boundary) : in_(in) {
-    in_.EnterBoundary(std::move(boundary.insert(0, "--")));
+  BoundaryScope(Minstream& in, std::string_view delimiter) : in_(in) {
+    in_.EnterBoundary(delimiter);
   }
   ~BoundaryScope() { in_.LeaveBoundary(); }
   BoundaryScope(const BoundaryScope&) = delete;
@@ -37,15 +37,18 @@ class BoundaryScope {
   Minstream& in_;
 };
 
-// The text of the delimiter lines. It is part of a line, whatever an encoded parameter says, and
-// cannot end in white space (RFC 2046 5.1.1): on the way that would be lost.
-std::string Boundary(const FieldValue& type) {
-  auto declared = type.Parameter("boundary");
+// The text of the delimiter lines, in SCRATCH; empty when none is declared. It is part of a line,
+// whatever an encoded parameter says, and cannot end in white space (RFC 2046 5.1.1): on the way
+// that would be lost.
+std::string_view Delimiter(const FieldValue& type, std::string& scratch) {
+  std::string decoded;
+  const auto declared = type.FindParameter("boundary", decoded);
   if (!declared) return {};
-  const char* const text = declared->data();
-  const char* const end = FindLineEnd(text, text + declared->size());
-  declared->resize(TrimRight(std::string_view(text, end), IsBlank).size());
-  return *std::move(declared);
+  const std::string_view text = declared->text;
+  const std::string_view line(text.begin(), FindLineEnd(text.begin(), text.end()));
+  const std::string_view boundary = TrimRight(line, IsBlank);
+  if (boundary.empty()) return {};
+  return scratch.assign("--").append(boundary);
 }
 
 // Tells the log of the lines of a header that were passed over.
@@ -76,8 +79,7 @@ class Parser {
   Result LoadPart(Bodypart& part, int level) {
     const Result header = ParseHeader(part);
     const FieldValue type = part.Field("Content-Type");
-    std::string scratch;
-    part.ContentTransferEncoding = part.Field("Content-Transfer-Encoding").Main(scratch);
+    part.ContentTransferEncoding = part.Field("Content-Transfer-Encoding").Main(scratch_);
     if (!IsTolerated(header)) {
       EndBody(part);
       return header;
@@ -110,6 +112,7 @@ class Parser {
   Result ReadResult() const { return in_.GetError() == 0 ? kOk : kReadFailed; }
 
   Minstream& in_;
+  std::string scratch_;
   int parts_ = 0;  // the message itself not counted
   size_t embedded_files_ = 0;
 };
@@ -118,12 +121,8 @@ class Parser {
 
 Result Parser::ParseHeader(Bodypart& part) {
   part.PartStart = PartPosition();
-  // As headers are: that of a message with the traces of its way, that of an attachment.
-  if (part.Parent == nullptr) {
-    part.Header.Reserve(32, 4096);
-  } else {
-    part.Header.Reserve(4, 256);
-  }
+  // As the header of a message is, with the traces of its way.
+  if (part.Parent == nullptr) part.Header.Reserve(32, 4096);
   Result result = kHeaderCut;
   SkippedLines skipped;
   for (std::string_view line; in_.ReadLine(line);) {
@@ -147,7 +146,10 @@ Result Parser::ParseHeader(Bodypart& part) {
 Result Parser::ParseBody(Bodypart& part, const FieldValue& declared, int level) {
   Result result = kOk;
   const ContentType type = part.Type(declared);
-  if (type.major != "MULTIPART") part.Charset = declared.Parameter("charset").value_or("");
+  if (type.major != "MULTIPART") {
+    const auto charset = declared.FindParameter("charset", scratch_);
+    part.Charset = charset ? charset->text : std::string_view();
+  }
   if (type.major == "MULTIPART") {
     result = ParseMultipart(part, declared, type.sub == "DIGEST", level);
   } else if (type.major == "MESSAGE") {
@@ -170,15 +172,16 @@ void Parser::EndBody(Bodypart& part) {
 }
 
 Result Parser::ParseMultipart(Bodypart& part, const FieldValue& declared, bool digest, int level) {
-  std::string boundary = Boundary(declared);
-  if (boundary.empty() || !MayHaveSubparts(level)) {
+  const std::string_view delimiter = Delimiter(declared, scratch_);
+  if (delimiter.empty() || !MayHaveSubparts(level)) {
     part.Opaque = true;
+    const bool has_boundary = !delimiter.empty();
     const Result result = CountDecoded(part);
-    return result == kOk && boundary.empty() ? kNoBoundary : result;
+    return result == kOk && !has_boundary ? kNoBoundary : result;
   }
   Result result = kOk;
   {
-    const BoundaryScope scope(in_, std::move(boundary));
+    const BoundaryScope scope(in_, delimiter);
     in_.Skip();  // the preamble, which belongs to no part
     result = ParseChildren(part, digest, level);
   }

@@ -45,6 +45,12 @@ class CharacterSet {
 
   constexpr bool operator()(char c) const { return members_[static_cast<unsigned char>(c)]; }
 
+  // The first place in [p, end) where such a character stands; end when there is none.
+  constexpr const char* Find(const char* p, const char* end) const {
+    while (p < end && !(*this)(*p)) ++p;
+    return p;
+  }
+
  private:
   bool members_[256] = {};
 };
@@ -69,9 +75,10 @@ inline std::string UpperCase(std::string_view text) {
 }
 
 constexpr bool EqualIgnoringCase(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return x == y || ToUpper(x) == ToUpper(y);
-         });
+  const auto is_same = [](char x, char y) { return x == y || ToUpper(x) == ToUpper(y); };
+  if (a.size() != b.size()) return false;
+  // Most are written alike.
+  return a == b || std::equal(a.begin(), a.end(), b.begin(), is_same);
 }
 
 }  // namespace mimora

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 #include "diag/limits.h"
 #include "platform/ascii.h"
@@ -54,33 +53,49 @@ uint64_t TailOf(const char* end) {
 
 }  // namespace
 
-void Delimiters::Push(std::string delimiter) {
+void Delimiters::Clear() {
+  stack_.clear();
+  texts_.clear();
+}
+
+void Delimiters::Push(std::string_view delimiter) {
   const bool has_tail = std::ssize(delimiter) >= kTailSize;
   const uint64_t tail = has_tail ? TailOf(delimiter.data() + delimiter.size()) : 0;
+  size_t longest = delimiter.size();
   size_t shared = delimiter.size();
   if (!stack_.empty()) {
-    const std::string_view outer = std::string_view(Innermost()).substr(0, stack_.back().shared);
+    longest = std::max(longest, stack_.back().longest);
+    const std::string_view outer = Innermost().substr(0, stack_.back().shared);
     shared = static_cast<size_t>(
         std::mismatch(outer.begin(), outer.end(), delimiter.begin(), delimiter.end()).first -
         outer.begin());
   }
-  const bool begins_another = std::ranges::any_of(stack_, [&delimiter](const Delimiter& outer) {
-    return outer.text.size() > delimiter.size() && outer.text.starts_with(delimiter);
-  });
-  stack_.push_back({std::move(delimiter), shared, tail, begins_another});
+  bool begins_another = false;
+  const size_t levels = longest > delimiter.size() ? stack_.size() : 0;
+  for (size_t level = 0; level < levels && !begins_another; ++level) {
+    begins_another = stack_[level].size > delimiter.size() && At(level).starts_with(delimiter);
+  }
+  stack_.push_back({texts_.size(), delimiter.size(), longest, shared, tail, begins_another});
+  texts_ += delimiter;
+}
+
+void Delimiters::Pop() {
+  texts_.resize(stack_.back().start);
+  stack_.pop_back();
 }
 
 // Whether it is not even worth comparing.
 bool Delimiters::DiffersInTail(const Delimiter& delimiter, const char* p, int64_t available) {
-  const auto length = std::ssize(delimiter.text);
+  const auto length = static_cast<int64_t>(delimiter.size);
   return available >= length && length >= kTailSize && TailOf(p + length) != delimiter.tail;
 }
 
-DelimiterMatch Delimiters::MatchOne(const Delimiter& delimiter, const char* p, int64_t available,
-                                    bool at_end) {
-  const auto length = std::ssize(delimiter.text);
+DelimiterMatch Delimiters::MatchOne(size_t level, const char* p, int64_t available,
+                                    bool at_end) const {
+  const std::string_view delimiter = At(level);
+  const auto length = std::ssize(delimiter);
   const auto compared = static_cast<size_t>(std::min<int64_t>(length, available));
-  if (std::memcmp(p, delimiter.text.data(), compared) != 0) return {};
+  if (std::memcmp(p, delimiter.data(), compared) != 0) return {};
   if (available < length) {
     if (at_end) return {};
     return {.verdict = DelimiterMatch::kMore, .needed = length + 1};
@@ -99,20 +114,20 @@ DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end,
   if (std::memcmp(p, Innermost().data(), shared) != 0) return best;
   for (size_t level = levels; level-- > 0;) {
     const Delimiter& delimiter = stack_[level];
-    if (delimiter.text.size() <= best_length || DiffersInTail(delimiter, p, available)) continue;
-    DelimiterMatch match = MatchOne(delimiter, p, available, at_end);
+    if (delimiter.size <= best_length || DiffersInTail(delimiter, p, available)) continue;
+    DelimiterMatch match = MatchOne(level, p, available, at_end);
     if (match.verdict == DelimiterMatch::kMore) return match;
     if (match.verdict == DelimiterMatch::kNo) continue;
     best = match;
     best.level = level;
-    best_length = delimiter.text.size();
+    best_length = delimiter.size;
     if (!delimiter.begins_another) break;
   }
   return best;
 }
 
 DelimiterMatch Delimiters::MatchInnermost(std::string_view line) const {
-  DelimiterMatch match = MatchOne(stack_.back(), line.data(), std::ssize(line), true);
+  DelimiterMatch match = MatchOne(stack_.size() - 1, line.data(), std::ssize(line), true);
   match.level = stack_.size() - 1;
   return match;
 }

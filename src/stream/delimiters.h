@@ -30,13 +30,15 @@ class Delimiters {
  public:
   bool Empty() const { return stack_.empty(); }
   size_t Count() const { return stack_.size(); }
-  const std::string& Innermost() const { return stack_.back().text; }
-  const std::string& At(size_t level) const { return stack_[level].text; }
-  char FirstCharacter() const { return stack_.back().text.front(); }
+  std::string_view Innermost() const { return At(stack_.size() - 1); }
+  std::string_view At(size_t level) const {
+    return {texts_.data() + stack_[level].start, stack_[level].size};
+  }
+  char FirstCharacter() const { return texts_.front(); }
 
-  void Clear() { stack_.clear(); }
-  void Push(std::string delimiter);
-  void Pop() { stack_.pop_back(); }
+  void Clear();
+  void Push(std::string_view delimiter);
+  void Pop();
 
   // Whether the line that begins at P, of which AVAILABLE bytes are in view, is a delimiter line.
   // AT_END: there are no bytes behind those in view. A line that fits several delimiters belongs to
@@ -48,8 +50,10 @@ class Delimiters {
 
  private:
   struct Delimiter {
-    std::string text;
-    size_t shared;  // how far it begins like all those outside it
+    size_t start;  // of its text
+    size_t size;
+    size_t longest;  // of it and those outside it
+    size_t shared;   // how far it begins like all those outside it
     // Its last bytes as one number. Those of one message mostly begin alike: the ends tell them
     // apart, which counts when there are many.
     uint64_t tail;
@@ -57,10 +61,10 @@ class Delimiters {
   };
 
   static bool DiffersInTail(const Delimiter& delimiter, const char* p, int64_t available);
-  static DelimiterMatch MatchOne(const Delimiter& delimiter, const char* p, int64_t available,
-                                 bool at_end);
+  DelimiterMatch MatchOne(size_t level, const char* p, int64_t available, bool at_end) const;
 
   std::vector<Delimiter> stack_;
+  std::string texts_;  // one behind the other
 };
 
 }  // namespace mimora

@@ -111,12 +111,6 @@ void Minstream::CheckOwner() const {
            owner_thread_);
 }
 
-// How far into the buffer reads may go. In memory buffer_end_ is 0 and never beyond a limit.
-int64_t Minstream::EffectiveEnd() const {
-  if (read_limit_ < 0 || buffer_end_ <= read_limit_) return filled_;
-  return std::max<int64_t>(read_limit_ - (buffer_end_ - filled_), 0);
-}
-
 void Minstream::Compact() {
   if (index_ == 0) return;
   const int64_t unread = filled_ - index_;
@@ -179,8 +173,7 @@ bool Minstream::FillBuffer() {
   return count > 0;
 }
 
-// Brings COUNT bytes into view behind the index, as far as there are any.
-bool Minstream::Ensure(int64_t count) {
+bool Minstream::FillUpTo(int64_t count) {
   while (EffectiveEnd() - index_ < count) {
     if (mode_ == kBuffered && count > capacity_ && !Grow(std::max(count, 2 * capacity_))) {
       return false;
@@ -194,6 +187,9 @@ bool Minstream::Ensure(int64_t count) {
 
 // Whether a delimiter line begins SKIP bytes behind the index; reads on until that is decided.
 DelimiterMatch Minstream::DecideMatch(int64_t skip, size_t levels) {
+  if (EffectiveEnd() - index_ > skip && data_[index_ + skip] != delimiters_.FirstCharacter()) {
+    return {};
+  }
   bool at_end = mode_ == kMemory;
   for (;;) {
     const int64_t available = EffectiveEnd() - index_ - skip;
@@ -322,19 +318,19 @@ bool Minstream::FindPlainRun() {
 void Minstream::ForgetRun() {
   plain_ = index_;
   ahead_at_ = kNowhere;
-  longest_run_ = kFirstRun;
+  longest_run_ = FirstRun(delimiters_.Count());
 }
 
 void Minstream::SetBoundary(std::string_view delimiter) {
   if (delimiters_.Count() == (delimiter.empty() ? 0 : 1) && GetBoundary() == delimiter) return;
   ClearBoundaryHit();
   delimiters_.Clear();
-  if (!delimiter.empty()) delimiters_.Push(std::string(delimiter));
+  if (!delimiter.empty()) delimiters_.Push(delimiter);
   ForgetRun();
 }
 
-void Minstream::EnterBoundary(std::string delimiter) {
-  delimiters_.Push(std::move(delimiter));
+void Minstream::EnterBoundary(std::string_view delimiter) {
+  delimiters_.Push(delimiter);
   ForgetRun();
   if (!hit_) return;
   // The line that was taken for an outer delimiter may be the first one of this, unless it fits

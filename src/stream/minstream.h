@@ -7,6 +7,7 @@
 #ifndef MIMORA_STREAM_MINSTREAM_H_
 #define MIMORA_STREAM_MINSTREAM_H_
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -118,11 +119,13 @@ class Minstream {
   // Arms one delimiter, and disarms all others; an empty text disarms. Nothing changes when it is
   // the one in force.
   void SetBoundary(std::string_view delimiter);
-  std::string GetBoundary() const { return delimiters_.Empty() ? "" : delimiters_.Innermost(); }
+  std::string GetBoundary() const {
+    return delimiters_.Empty() ? std::string() : std::string(delimiters_.Innermost());
+  }
 
   // Arms a further delimiter inside those in force, and gives the former ones back. After a hit the
   // delimiter line is looked at again. A hit on the one that goes is cleared.
-  void EnterBoundary(std::string delimiter);
+  void EnterBoundary(std::string_view delimiter);
   void LeaveBoundary();
   size_t BoundaryCount() const { return delimiters_.Count(); }
 
@@ -147,10 +150,15 @@ class Minstream {
  private:
   enum Mode : int32_t { kMemory = 0, kBuffered = 1 };
 
+  static constexpr int64_t kNowhere = -1;
+
   // A delimiter that is armed or hit makes what was found out about the bytes ahead worthless.
   // Behind one, runs are short at first: of many parts, each in another, none must look ahead
   // through all the inner ones.
-  static constexpr int64_t kFirstRun = 512;
+  static constexpr int64_t FirstRun(size_t delimiters) {
+    constexpr int64_t kShortest = 1024;
+    return kShortest << (4 - std::min<size_t>(delimiters, 4));
+  }
 
   void LogCreation(int64_t size) const;
   void AllocateBuffer(int64_t size);
@@ -159,10 +167,16 @@ class Minstream {
   void Compact();
   int64_t CallRead(char* destination, int64_t request);
   void FindStartPosition();
-  int64_t EffectiveEnd() const;
+  // How far into the buffer reads may go. In memory buffer_end_ is 0 and never beyond a limit.
+  int64_t EffectiveEnd() const {
+    if (read_limit_ < 0 || buffer_end_ <= read_limit_) return filled_;
+    return std::max<int64_t>(read_limit_ - (buffer_end_ - filled_), 0);
+  }
   bool FillBuffer();
   int32_t ErrorOfRead(int64_t count, int64_t request) const;
-  bool Ensure(int64_t count);
+  // Brings COUNT bytes into view behind the index, as far as there are any.
+  bool Ensure(int64_t count) { return EffectiveEnd() - index_ >= count || FillUpTo(count); }
+  bool FillUpTo(int64_t count);
   bool FindPlainRun();
   bool ReadLineInPieces(std::string_view& line, LineEnd* line_end, bool hit_before);
   int64_t PlainLength();
@@ -192,7 +206,7 @@ class Minstream {
   int64_t filled_ = 0;
   int64_t index_ = 0;
   int64_t plain_ = 0;  // data_[index_, plain_) holds no part of a delimiter
-  int64_t longest_run_ = kFirstRun;
+  int64_t longest_run_ = FirstRun(0);
   int64_t buffer_end_ = 0;  // position behind the last byte in the buffer; 0 in memory
   int64_t read_limit_ = kNoReadLimit;
   std::unique_ptr<char[]> buffer_;
@@ -200,7 +214,6 @@ class Minstream {
 
   Delimiters delimiters_;
   // The delimiter line that the last run ends at, when it does; in the buffer.
-  static constexpr int64_t kNowhere = -1;
   DelimiterMatch ahead_;
   int64_t ahead_at_ = kNowhere;
   size_t hit_level_ = 0;

@@ -26,9 +26,10 @@ inline const char* FindPair(const char* p, const char* end, char a, char b) {
   return end;
 }
 
-// The first CR, LF or C in [p, end); end when there is none.
-inline const char* FindLineEndOr(const char* p, const char* end, char c) {
-  while (p < end && *p != '\r' && *p != '\n' && *p != c) ++p;
+// The first of some characters in [p, end); end when there is none.
+template <char... kWanted>
+const char* FindAnyOf(const char* p, const char* end) {
+  while (p < end && ((*p != kWanted) && ...)) ++p;
   return p;
 }
 
@@ -67,25 +68,22 @@ inline const char* FindPair(const char* p, const char* end, char a, char b) {
   return scan_vectors::FindPairSse(p, end, a, b);
 }
 
-inline const char* FindLineEndOr(const char* p, const char* end, char c) {
-  const __m128i cr = _mm_set1_epi8('\r');
-  const __m128i lf = _mm_set1_epi8('\n');
-  const __m128i other = _mm_set1_epi8(c);
+template <char... kWanted>
+const char* FindAnyOf(const char* p, const char* end) {
   for (; end - p >= 16; p += 16) {
     const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    const __m128i hit =
-        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(here, cr), _mm_cmpeq_epi8(here, lf)),
-                     _mm_cmpeq_epi8(here, other));
+    __m128i hit = _mm_setzero_si128();
+    ((hit = _mm_or_si128(hit, _mm_cmpeq_epi8(here, _mm_set1_epi8(kWanted)))), ...);
     if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hit))) {
       return p + std::countr_zero(mask);
     }
   }
-  return scan_plain::FindLineEndOr(p, end, c);
+  return scan_plain::FindAnyOf<kWanted...>(p, end);
 }
 
 #else
 
-using scan_plain::FindLineEndOr;
+using scan_plain::FindAnyOf;
 using scan_plain::FindPair;
 
 #endif
@@ -99,7 +97,7 @@ MIMORA_INLINE int LineEndSize(const char* p) {
 
 // The first CR or LF in [p, end); end when there is none.
 inline const char* FindLineEnd(const char* p, const char* end) {
-  return FindLineEndOr(p, end, '\n');
+  return FindAnyOf<'\r', '\n'>(p, end);
 }
 
 }  // namespace mimora

@@ -28,8 +28,8 @@ TEST(Scan, FastSearchesAnswerAsThePlainOnes) {
       ASSERT_EQ(FindPair(begin, end, '\n', '-'), pair) << text;
       ASSERT_EQ(FindPair(begin, end, 'a', 'a'), scan_plain::FindPair(begin, end, 'a', 'a')) << text;
     });
-    ASSERT_EQ(FindLineEndOr(begin, end, '-'), scan_plain::FindLineEndOr(begin, end, '-')) << text;
-    ASSERT_EQ(FindLineEnd(begin, end), scan_plain::FindLineEndOr(begin, end, '\r')) << text;
+    const char* stop = scan_plain::FindAnyOf<'\r', '\n', '-'>(begin, end);
+    ASSERT_EQ((FindAnyOf<'\r', '\n', '-'>(begin, end)), stop) << text;
   }
 }
 
