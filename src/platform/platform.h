@@ -56,8 +56,8 @@ constexpr int kNoFile = -1;
 constexpr int64_t kLargestFilePosition = 0x7FFFFFFF;
 
 // Opens an existing file. kNoFile, with errno EISDIR, ESPIPE or EOVERFLOW, for a directory, a file
-// that cannot be positioned and one beyond kLargestFilePosition.
-int OpenForReading(const char* name);
+// that cannot be positioned and one beyond kLargestFilePosition. SIZE is set to the file's.
+int OpenForReading(const char* name, int64_t* size = nullptr);
 
 // Opens a file once more, for reading from its beginning; the position is shared. Fails alike.
 int OpenAgain(int file);

@@ -104,21 +104,23 @@ int32_t TimeZoneBias() {
 
 namespace {
 
-int CheckForReading(int file) {
+int CheckForReading(int file, int64_t* size = nullptr) {
   if (file == -1) return kNoFile;
   struct stat status {};
   if (fstat(file, &status) == -1) return Refuse(file, errno);
   if (S_ISDIR(status.st_mode)) return Refuse(file, EISDIR);
-  if (lseek(file, 0, SEEK_CUR) == -1) return Refuse(file, ESPIPE);
+  const bool can_move = S_ISREG(status.st_mode) || lseek(file, 0, SEEK_CUR) != -1;
+  if (!can_move) return Refuse(file, ESPIPE);
   if (status.st_size > kLargestFilePosition) return Refuse(file, EOVERFLOW);
+  if (size != nullptr) *size = status.st_size;
   return file;
 }
 
 }  // namespace
 
-int OpenForReading(const char* name) {
+int OpenForReading(const char* name, int64_t* size) {
   constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-  return CheckForReading(Retry([&] { return open(name, kFlags); }));
+  return CheckForReading(Retry([&] { return open(name, kFlags); }), size);
 }
 
 int OpenAgain(int file) {

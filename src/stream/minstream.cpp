@@ -53,7 +53,8 @@ Minstream::Minstream(FileSource source, int64_t buffer_size) : position_known_(t
   AllocateBuffer(buffer_size);
   const bool is_open = source.open_file != platform::kNoFile;
   if (source.name == nullptr && !is_open) return;
-  file_ = is_open ? platform::OpenAgain(source.open_file) : platform::OpenForReading(source.name);
+  file_ = is_open ? platform::OpenAgain(source.open_file)
+                  : platform::OpenForReading(source.name, &file_size_);
   if (file_ == platform::kNoFile) {
     error_ = errno;
     return;
@@ -144,12 +145,13 @@ int32_t Minstream::ErrorOfRead(int64_t count, int64_t request) const {
 bool Minstream::FillBuffer() {
   if (mode_ == kMemory || !ok_ || ended_ || buffer_ == nullptr) return false;
   int ex_pos = 1;
+  int64_t request = 0;
   int64_t count = 0;
   try {
     FindStartPosition();
     if (read_limit_ >= 0 && buffer_end_ >= read_limit_) return false;
     Compact();
-    int64_t request = std::min(capacity_ - filled_, kLargestRequest);
+    request = std::min(capacity_ - filled_, kLargestRequest);
     if (request == 0) return false;
     if (file_ != platform::kNoFile && buffer_end_ < platform::kLargestFilePosition) {
       request = std::min(request, platform::kLargestFilePosition - buffer_end_);
@@ -166,10 +168,11 @@ bool Minstream::FillBuffer() {
     LogError("<E> FillBuffer ex_pos=%d, out=%d", ex_pos, static_cast<int>(count));
     throw;
   }
-  // What a source hands out behind its end would tear apart what is read from it.
-  ended_ = count == 0;
   filled_ += count;
   buffer_end_ += count;
+  // What a source hands out behind its end would tear apart what is read from it. A file that had
+  // no more at that place already when it was opened need not be asked again.
+  ended_ = count == 0 || (count < request && buffer_end_ == file_size_);
   return count > 0;
 }
 

@@ -197,6 +197,7 @@ class Minstream {
   char last_character_ = '\n';  // the very first byte counts as the start of a line
   int32_t error_ = 0;
   int file_ = platform::kNoFile;
+  int64_t file_size_ = kNowhere;  // when it was opened
   // Who positioned the stream; null: nobody yet.
   const void* owner_ = nullptr;
   uint32_t owner_thread_ = 0;
