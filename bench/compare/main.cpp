@@ -1,13 +1,17 @@
 // Copyright (c) 2026 the mimora developers.
 //
 // Usage: compare_NAME CORPUS loading CASE SOURCE SECONDS
+//        compare_NAME CORPUS reading CASE SOURCE SECONDS
 //        compare_NAME CORPUS coding CODER - SECONDS
 //        compare_NAME CORPUS threads CASE COUNT SECONDS
 // Measures for about that long and writes a line of JSON. Speeds are millions of input bytes a
 // second of CPU time, those of threads a second of the clock.
+#include <fcntl.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -121,6 +125,45 @@ void MeasureLoading(const Arguments& arguments) {
       static_cast<long long>(check.wrong_messages), extra);
 }
 
+// ---- Reading alone: what a load from a source costs in any case
+
+using Buffer = std::array<char, 16384>;  // the library's is as large
+
+int64_t ReadFileAlone(const Message& message) {
+  Buffer buffer;
+  const int file = open(message.file.c_str(), O_RDONLY | O_CLOEXEC);
+  int64_t bytes = 0;
+  for (ssize_t count; (count = read(file, buffer.data(), buffer.size())) > 0; bytes += count) {
+    if (static_cast<size_t>(count) < buffer.size()) break;
+  }
+  close(file);
+  return bytes;
+}
+
+int64_t CopyAlone(const Message& message) {
+  Buffer buffer;
+  int64_t bytes = 0;
+  for (std::string_view rest = message.text; !rest.empty();) {
+    const size_t count = rest.copy(buffer.data(), buffer.size());
+    // Or the compiler would leave out the copy.
+    asm volatile("" : : "r"(buffer.data()) : "memory");
+    rest.remove_prefix(count);
+    bytes += static_cast<int64_t>(count);
+  }
+  return bytes;
+}
+
+void MeasureReading(const Arguments& arguments) {
+  const Corpus corpus(arguments.corpus, arguments.what);
+  const auto read = arguments.how == "file" ? ReadFileAlone : CopyAlone;
+  int64_t bytes = 0;
+  const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, [&] {
+    for (const Message& message : corpus.Messages()) bytes += read(message);
+  });
+  PrintStart(arguments, corpus.Megabytes(), time);
+  std::printf(", \"read\": %lld}\n", static_cast<long long>(bytes));
+}
+
 // ---- Loading in several threads
 
 void MeasureThreads(const Arguments& arguments) {
@@ -191,8 +234,10 @@ int main(int argc, char** argv) {
   using namespace mimora::bench;
   if (argc != 6) Refuse("usage: " + std::string(argv[0]) + " CORPUS WORK WHAT HOW SECONDS");
   const Arguments arguments = {argv[1], argv[2], argv[3], argv[4], std::atof(argv[5])};
-  const std::map<std::string, void (*)(const Arguments&)> works = {
-      {"loading", MeasureLoading}, {"threads", MeasureThreads}, {"coding", MeasureCoding}};
+  const std::map<std::string, void (*)(const Arguments&)> works = {{"loading", MeasureLoading},
+                                                                   {"reading", MeasureReading},
+                                                                   {"threads", MeasureThreads},
+                                                                   {"coding", MeasureCoding}};
   const auto work = works.find(arguments.work);
   if (work == works.end()) Refuse("no work " + arguments.work);
   work->second(arguments);
