@@ -75,8 +75,9 @@ void Delimiters::Push(std::string_view delimiter) {
   for (size_t level = 0; level < levels && !begins_another; ++level) {
     begins_another = stack_[level].size > delimiter.size() && At(level).starts_with(delimiter);
   }
-  stack_.push_back({texts_.size(), delimiter.size(), longest, shared, tail, begins_another});
+  const size_t start = texts_.size();
   texts_ += delimiter;
+  stack_.push_back({start, delimiter.size(), longest, shared, tail, begins_another});
 }
 
 void Delimiters::Pop() {
