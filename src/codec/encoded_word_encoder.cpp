@@ -208,21 +208,24 @@ class ValueWriter {
   std::string value_;
 };
 
-// The pieces of a value. Neighbours that need encoding are joined, and one that does with what
-// stands directly in front of it.
+// Joins neighbours that need encoding, and one that does with all that stands directly in front of
+// it, at the end of a list.
+void JoinLast(std::vector<Piece>& pieces) {
+  while (pieces.size() > 1 && pieces.back().needs_encoding) {
+    const Piece last = pieces.back();
+    Piece& before = pieces[pieces.size() - 2];
+    if (!before.needs_encoding && !last.white.empty()) break;
+    before.word = {before.word.data(), before.word.size() + last.white.size() + last.word.size()};
+    before.needs_encoding = true;
+    pieces.pop_back();
+  }
+}
+
 std::vector<Piece> SplitValue(std::u16string_view text) {
   std::vector<Piece> pieces;
   while (!text.empty()) {
-    const Piece piece = TakePiece(text);
-    Piece* const last = pieces.empty() ? nullptr : &pieces.back();
-    const bool glued = last != nullptr && piece.white.empty();
-    if (last != nullptr && piece.needs_encoding && (last->needs_encoding || glued)) {
-      const size_t size = last->word.size() + piece.white.size() + piece.word.size();
-      last->word = {last->word.data(), size};
-      last->needs_encoding = true;
-    } else {
-      pieces.push_back(piece);
-    }
+    pieces.push_back(TakePiece(text));
+    JoinLast(pieces);
   }
   return pieces;
 }

@@ -89,6 +89,8 @@ constexpr EncodeCase kEncodeCases[] = {
      "=?iso-8859-2?Q?=22a=5C=22_=B9=22?= b"},
     {"an address stays one", "\xB9<x@y>", "iso-8859-2", "Q", "=?iso-8859-2?Q?=B9?= <x@y>"},
     {"what is glued in front", "a<\xB9>", "iso-8859-2", "Q", "=?iso-8859-2?Q?a=3C=B9=3E?="},
+    {"all that is glued in front", "\xB9<<\xB9", "iso-8859-2", "Q",
+     "=?iso-8859-2?Q?=B9=3C=3C=B9?="},
     {"what looks like an encoded word", "=?x?= b \xB9", "iso-8859-2", "Q",
      "=?iso-8859-2?Q?=3D=3Fx=3F=3D?= b =?iso-8859-2?Q?=B9?="},
     {"a control character", "a\x01 b \xB9", "iso-8859-2", "Q",
