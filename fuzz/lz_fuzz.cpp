@@ -8,7 +8,7 @@ namespace mimora::fuzz {
 namespace {
 
 // A larger output is only counted.
-constexpr uint32_t kLargestOutput = 1 << 20;
+constexpr uint32_t kLargestOutput = 1 << 16;
 
 void* NoMemory(size_t) { return nullptr; }
 
