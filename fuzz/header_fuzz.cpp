@@ -37,7 +37,7 @@ void CheckParameters(const std::string& value) {
   Bodypart part;
   part.Header.Append("Content-Type", value);
   for (const std::string_view name : kParameters) {
-    const auto found = field.FindParameter(name);
+    const auto found = field.FindParameter(name, scratch);
     FUZZ_CHECK(found.has_value() == field.Parameter(name).has_value());
     if (!found) continue;
     FUZZ_CHECK(!found->is_utf8 || IsUtf8(found->text));

@@ -25,6 +25,14 @@ constexpr int kMostParts = 10'000;
 // attachments stay inside their stream.
 constexpr size_t kMostEmbeddedFiles = 10'000;
 
+// Header fields listed of one message, all parts together: one takes two bytes in the mail and many
+// times as much in memory. Of what comes behind them, each header lists only those fields that tell
+// what its body is.
+constexpr size_t kMostHeaderFields = 100'000;
+
+// Pieces of one parameter that are joined (RFC 2231 3): one takes a few bytes in the mail, too.
+constexpr size_t kMostParameterPieces = 10'000;
+
 // The name of a file embedded in a TNEF stream is cut here.
 constexpr int64_t kLongestTnefName = 4096;
 

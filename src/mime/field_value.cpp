@@ -7,6 +7,7 @@
 
 #include "codec/charset/translate.h"
 #include "codec/charset_table.h"
+#include "diag/limits.h"
 #include "platform/ascii.h"
 #include "stream/scan.h"
 
@@ -304,7 +305,8 @@ std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
     Section section{0, false, parameter->value, comments};
     if (full.size() == name.size()) {
       if (!plain) plain = {PlainText(parameter->value, comments, scratch)};
-    } else if (ParseMarks(full.substr(name.size()), section)) {
+    } else if (sections.size() < kMostParameterPieces &&
+               ParseMarks(full.substr(name.size()), section)) {
       sections.push_back(section);
     }
   }

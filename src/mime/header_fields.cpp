@@ -82,11 +82,29 @@ bool HeaderFields::AppendLine(std::string_view line) {
   return true;
 }
 
-void HeaderFields::Delete(size_t index) { entries_.Erase(index); }
+void HeaderFields::Delete(size_t index) {
+  deleted_bytes_ += entries_.Data()[index].Size();
+  entries_.Erase(index);
+  // Not each time, or deleting all would take quadratic time.
+  if (deleted_bytes_ > texts_.Size() / 2) CloseGaps();
+}
+
+void HeaderFields::CloseGaps() {
+  size_t end = 0;
+  for (size_t i = 0; i < entries_.Size(); ++i) {
+    Entry& entry = entries_.Data()[i];
+    std::memmove(texts_.Data() + end, texts_.Data() + entry.start, entry.Size());
+    entry.start = end;
+    end += entry.Size();
+  }
+  texts_.Truncate(end);
+  deleted_bytes_ = 0;
+}
 
 void HeaderFields::Clear() {
   texts_.Clear();
   entries_.Clear();
+  deleted_bytes_ = 0;
 }
 
 }  // namespace mimora

@@ -40,13 +40,16 @@ class HeaderFields {
     size_t start;
     size_t name_size;
     size_t value_size;
+    size_t Size() const { return name_size + value_size + 2; }
   };
 
   void Continue(std::string_view line);
+  void CloseGaps();
 
   // Enough for the header of an attachment.
   InlineVector<char, 256> texts_;
   InlineVector<Entry, 4> entries_;
+  size_t deleted_bytes_ = 0;  // still among the texts
 };
 
 }  // namespace mimora

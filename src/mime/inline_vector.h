@@ -45,6 +45,9 @@ class InlineVector {
     std::memmove(gap, gap + 1, (--size_ - index) * sizeof(Value));
   }
 
+  // Drops what stands behind the first COUNT.
+  void Truncate(size_t count) { size_ = count; }
+
   void Clear() {
     block_ = nullptr;
     size_ = 0;

@@ -8,7 +8,7 @@
 #include "codec/transfer_encoding.h"
 #include "codec/uuencode.h"
 #include "diag/limits.h"
-#include "diag/log.h"
+#include "mime/header_builder.h"
 #include "mime/tnef.h"
 #include "platform/ascii.h"
 #include "stream/moutstream.h"
@@ -50,27 +50,6 @@ std::string_view Delimiter(const FieldValue& type, std::string& scratch) {
   if (boundary.empty()) return {};
   return scratch.assign("--").append(boundary);
 }
-
-// Tells the log of the lines of a header that were passed over.
-class SkippedLines {
- public:
-  void Add(std::string_view line) {
-    if (count_++ > 0) return;
-    const size_t shown = std::min<size_t>(line.size(), 80);
-    first_.assign(line.substr(0, shown));
-    // What a sender writes must not steer who reads the log.
-    std::replace_if(first_.begin(), first_.end(), IsControl, '.');
-  }
-
-  void Log() const {
-    if (count_ == 0) return;
-    LogError("<E> %d header lines that are no fields, the first: %s", count_, first_.c_str());
-  }
-
- private:
-  int count_ = 0;
-  std::string first_;
-};
 
 class Parser {
  public:
@@ -114,6 +93,7 @@ class Parser {
   Minstream& in_;
   std::string scratch_;
   int parts_ = 0;  // the message itself not counted
+  size_t header_fields_ = 0;
   size_t embedded_files_ = 0;
 };
 
@@ -124,16 +104,18 @@ Result Parser::ParseHeader(Bodypart& part) {
   // As the header of a message is, with the traces of its way.
   if (part.Parent == nullptr) part.Header.Reserve(32, 4096);
   Result result = kHeaderCut;
-  SkippedLines skipped;
+  HeaderBuilder header(part.Header,
+                       kMostHeaderFields - std::min(kMostHeaderFields, header_fields_));
   for (std::string_view line; in_.ReadLine(line);) {
     if (line.empty()) {
       result = kOk;
       break;
     }
     if (in_.GetError() != 0) break;
-    if (!part.Header.AppendLine(line)) skipped.Add(line);
+    header.Take(line);
   }
-  skipped.Log();
+  header.Log();
+  header_fields_ += part.Header.Count();
   if (in_.GetError() != 0) result = kHeaderFailed;
   const int64_t end = PartPosition();
   part.HeaderSize = end - part.PartStart;

@@ -53,7 +53,7 @@ TEST(Log, DecidesOnceWhatIsWritten) {
       {"a dump first switches the trace on", "l", "dte", DUMP "@trace\n@error\n"},
       {"the text of a part that is loaded", "l", "l",
        "@LoadBodypartFromString\nBINARY DATA START size = 4\na\nb\nBINARY DATA END\n"
-       "@<E> 2 header lines that are no fields, the first: a\n"},
+       "@<E> 2 header lines that are no fields, or too many, the first: a\n"},
       {"a trace first switches the dumps off", "l", "td", ""},
       {"an error first decides nothing about them", "l", "edt", "@error\n" DUMP "@trace\n"},
       {"files that come later change nothing", "", "te+ted", ""},
@@ -155,7 +155,8 @@ TEST(Log, TellsOfHeaderLinesThatArePassedOverOncePerHeader) {
     ShowLog();
     M_DestroyMessage(part);
   };
-  ExpectShown("", "l", work, "@<E> 2 header lines that are no fields, the first: no.[31msense\n");
+  ExpectShown("", "l", work,
+              "@<E> 2 header lines that are no fields, or too many, the first: no.[31msense\n");
 }
 
 TEST(Log, TellsOfAStreamThatAnotherThreadPositioned) {

@@ -5,6 +5,8 @@
 
 #include <chrono>
 
+#include "diag/limits.h"
+
 namespace mimora {
 namespace {
 
@@ -88,6 +90,15 @@ TEST(ParseContentType, NeedsMajorAndSub) {
   for (const auto& [text, want] : cases) {
     const auto type = ParseContentType(FieldValue(text));
     EXPECT_EQ(type ? type->Full() : "", want) << text;
+  }
+}
+
+TEST(FieldValue, JoinsAsManyPiecesAsTheLimitSays) {
+  for (const size_t pieces :
+       {kMostParameterPieces - 1, kMostParameterPieces, kMostParameterPieces + 1}) {
+    std::string text = "t";
+    for (size_t i = 0; i < pieces; ++i) text += ";p*" + std::to_string(i) + "=x";
+    EXPECT_EQ(FieldValue(text).Parameter("p")->size(), std::min(pieces, kMostParameterPieces));
   }
 }
 

@@ -56,5 +56,24 @@ TEST(Find, CountsFieldsOfOneNameWithoutRegardToCase) {
   EXPECT_EQ(fields.Count(), 3u);
 }
 
+TEST(Delete, LeavesTheOtherFieldsAsTheyAre) {
+  HeaderFields fields;
+  for (int i = 0; i < 100; ++i) fields.Append(std::to_string(i), std::string(i, 'v'));
+  // Those in front, those at the end, and every other one of the rest.
+  for (int i = 0; i < 20; ++i) fields.Delete(0);
+  for (int i = 0; i < 20; ++i) fields.Delete(fields.Count() - 1);
+  for (size_t i = 0; i < 30; ++i) fields.Delete(i);
+  fields.Append("x", "y");
+  ASSERT_EQ(fields.Count(), 31u);
+  for (int i = 0; i < 30; ++i) {
+    const int number = 21 + 2 * i;
+    const HeaderField field = fields.At(i);
+    EXPECT_EQ(field.name, std::to_string(number));
+    EXPECT_EQ(field.value, std::string(number, 'v'));
+    EXPECT_EQ(field.value.data()[number], '\0');
+  }
+  EXPECT_EQ(fields.Find("x"), "y");
+}
+
 }  // namespace
 }  // namespace mimora

@@ -223,6 +223,27 @@ TEST(Limits, TheRestOfAMultipartWithTooManyPartsIsOneLeaf) {
   }
 }
 
+TEST(Limits, BeyondTheLastFieldOnlyThoseThatTellOfTheBodyAreListed) {
+  for (const size_t fields : {kMostHeaderFields - 1, kMostHeaderFields, kMostHeaderFields + 1}) {
+    SCOPED_TRACE(fields);
+    std::string text;
+    for (size_t i = 0; i < fields; ++i) text += ":\n";
+    const std::string header =
+        "Subject: a\n b\nContent-Type: multipart/mixed;\n boundary=b\n"
+        "content-type : text/html\n c\n\n";
+    text += header + "--b\n" + header + "--b--\n";
+    Bodypart message;
+    EXPECT_EQ(LoadFromCopy(message, text), kOk);
+    const size_t subjects = fields < kMostHeaderFields ? 1 : 0;
+    EXPECT_EQ(message.Header.Count(), std::min(fields, kMostHeaderFields) + subjects + 1);
+    ASSERT_EQ(message.Children.size(), 1u);
+    EXPECT_EQ(message.Children[0]->Header.Count(), 1u);
+    for (Bodypart* part : {&message, message.Children[0].get()}) {
+      EXPECT_EQ(part->Header.Find("Content-Type"), "multipart/mixed;\r\n boundary=b");
+    }
+  }
+}
+
 // ---- Everything else --------------------------------------------------------------------------
 
 // Messages thrown together from what parsers stumble over. Whatever comes out, it is the same from

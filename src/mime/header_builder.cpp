@@ -1,0 +1,50 @@
+// Copyright (c) 2026 the mimora developers.
+#include "mime/header_builder.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "diag/log.h"
+#include "platform/ascii.h"
+
+namespace mimora {
+namespace {
+
+bool BeginsField(std::string_view line, std::string_view name) {
+  if (line.size() <= name.size() || !EqualIgnoringCase(line.substr(0, name.size()), name)) {
+    return false;
+  }
+  return TrimLeft(line.substr(name.size()), IsBlank).starts_with(':');
+}
+
+}  // namespace
+
+// A name is looked for once: the lines may be many, and so may the fields.
+bool HeaderBuilder::IsFirstOfBody(std::string_view line) {
+  for (size_t i = 0; i < std::size(kBodyFields); ++i) {
+    if (!BeginsField(line, kBodyFields[i])) continue;
+    return !std::exchange(looked_for_[i], true) && !fields_.Find(kBodyFields[i]);
+  }
+  return false;
+}
+
+bool HeaderBuilder::IsListedBeyondLimit(std::string_view line) {
+  if (!IsBlank(line.front())) continues_dropped_ = !IsFirstOfBody(line);
+  return !continues_dropped_;
+}
+
+void HeaderBuilder::PassOver(std::string_view line) {
+  if (passed_over_++ > 0) return;
+  first_ = line.substr(0, 80);
+  // What a sender writes must not steer who reads the log.
+  std::replace_if(first_.begin(), first_.end(), IsControl, '.');
+}
+
+void HeaderBuilder::Log() const {
+  if (passed_over_ == 0) return;
+  LogError("<E> %d header lines that are no fields, or too many, the first: %s", passed_over_,
+           first_.c_str());
+}
+
+}  // namespace mimora
