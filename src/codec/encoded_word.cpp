@@ -105,7 +105,7 @@ class WordRun {
       Base64Decoder decoder(out);
       decoder.Feed(texts_);
       decoder.Finish();
-      return std::string(out.GetBuffer());
+      return std::string(out.GetWholeBuffer());
     }
     std::string bytes;
     for (std::string_view rest = texts_; !rest.empty();) {

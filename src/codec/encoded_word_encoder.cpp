@@ -55,7 +55,7 @@ std::string EncodeBase64Text(std::string_view bytes) {
   Minstream in(MemorySource{bytes.data(), std::ssize(bytes)});
   Moutstream out{MemorySink{}};
   EncodeBase64(in, out, 0);
-  return std::string(out.GetBuffer());
+  return std::string(out.GetWholeBuffer());
 }
 
 std::u16string DecodeAll(std::string_view text, CharsetDecoder& decoder) {

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cstring>
+#include <new>
 
 #include "diag/limits.h"
 
@@ -124,6 +125,11 @@ bool Moutstream::Grow(int64_t request) {
     return false;
   }
   return Resize(capacity_ + increment);
+}
+
+std::string_view Moutstream::GetWholeBuffer() const {
+  if (error_ != 0) throw std::bad_alloc();
+  return GetBuffer();
 }
 
 // ---- Writing ------------------------------------------------------------------------------
