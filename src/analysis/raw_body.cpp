@@ -48,6 +48,23 @@ Result SaveRange(Minstream& in, Range range, uint32_t wanted, int file, uint32_t
   return kOk;
 }
 
+// A file that is removed again unless it is kept, also when a callback throws. Never a device that
+// was written to.
+class Removal {
+ public:
+  explicit Removal(const char* name) : name_(name) {}
+  ~Removal() {
+    if (name_ != nullptr && platform::IsRegularFile(name_)) platform::Remove(name_);
+  }
+  Removal(const Removal&) = delete;
+  Removal& operator=(const Removal&) = delete;
+
+  void Keep() { name_ = nullptr; }
+
+ private:
+  const char* name_;
+};
+
 }  // namespace
 
 int32_t ReadBodyText(const Bodypart* part, Minstream* in, void* buffer, int32_t offset,
@@ -68,16 +85,16 @@ int32_t SaveText(const Bodypart* part, Minstream* in, const char* file_name, boo
   if (part == nullptr || count == nullptr) return kNotOpen;
   if (in == nullptr) in = part->BodyStream;
   if (in == nullptr) return kNotOpen;
-  const int file = file_name != nullptr ? platform::OpenForWriting(file_name) : platform::kNoFile;
-  if (file == platform::kNoFile) return kOutputNotOpened;
+  const platform::OpenFile file(file_name != nullptr ? platform::OpenForWriting(file_name)
+                                                     : platform::kNoFile);
+  if (file.Number() == platform::kNoFile) return kOutputNotOpened;
+  Removal removal(file_name);
   const uint32_t wanted = std::exchange(*count, 0);
   const Range range = body_only ? BodyRange(*part, offset) : BodypartRange(*part, offset);
-  const Result result = SaveRange(*in, range, wanted, file, *count);
-  platform::Close(file);
-  if (result == kOk) return in->GetError();
-  // Never a device that was written to.
-  if (platform::IsRegularFile(file_name)) platform::Remove(file_name);
-  return result;
+  const Result result = SaveRange(*in, range, wanted, file.Number(), *count);
+  if (result != kOk) return result;
+  removal.Keep();
+  return in->GetError();
 }
 
 }  // namespace mimora

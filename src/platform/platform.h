@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace mimora::platform {
 
@@ -77,13 +78,32 @@ void Close(int file);
 void Remove(const char* name);
 bool IsRegularFile(const char* name);
 
+// A descriptor that is closed with the object, whatever is thrown meanwhile.
+class OpenFile {
+ public:
+  explicit OpenFile(int file) : file_(file) {}
+  ~OpenFile() {
+    if (file_ != kNoFile) Close(file_);
+  }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+
+  int Number() const { return file_; }
+
+ private:
+  const int file_;
+};
+
+// The paths of all in a directory, in the order of their names. Nothing when it cannot be read.
+std::optional<std::vector<std::string>> ListDirectory(const std::string& directory);
+
 // Reads up to LENGTH bytes; 0 at the end, -1 after an error.
 int64_t Read(int file, void* destination, int64_t length);
 
 // Writes all of it; the number written is smaller only after an error.
 int64_t Write(int file, const void* data, int64_t length);
 
-void Seek(int file, int64_t position);
+bool Seek(int file, int64_t position);
 int64_t Tell(int file);
 
 // A file that is opened for appending, and closed again with the object. What it cannot open or

@@ -1,4 +1,5 @@
 // Copyright (c) 2026 the mimora developers.
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
+#include <memory>
 #include <sstream>
 
 #include "platform/ascii.h"
@@ -125,7 +127,7 @@ int OpenForReading(const char* name, int64_t* size) {
 
 int OpenAgain(int file) {
   const int again = CheckForReading(fcntl(file, F_DUPFD_CLOEXEC, 0));
-  if (again != kNoFile) Seek(again, 0);
+  if (again != kNoFile && !Seek(again, 0)) return Refuse(again, errno);
   return again;
 }
 
@@ -153,6 +155,25 @@ void Close(int file) { close(file); }
 
 void Remove(const char* name) { unlink(name); }
 
+// Not by std::filesystem, whose own form without exceptions ends the process for want of memory.
+std::optional<std::vector<std::string>> ListDirectory(const std::string& directory) {
+  struct Closer {
+    void operator()(DIR* entries) const { closedir(entries); }
+  };
+  const std::unique_ptr<DIR, Closer> entries(opendir(directory.c_str()));
+  if (entries == nullptr) return std::nullopt;
+  std::vector<std::string> paths;
+  errno = 0;
+  while (const dirent* entry = readdir(entries.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") paths.push_back((directory + "/").append(name));
+    errno = 0;
+  }
+  if (errno != 0) return std::nullopt;
+  std::sort(paths.begin(), paths.end());
+  return paths;
+}
+
 bool IsRegularFile(const char* name) {
   struct stat status {};
   return stat(name, &status) == 0 && S_ISREG(status.st_mode);
@@ -176,7 +197,7 @@ int64_t Write(int file, const void* data, int64_t length) {
   return length - left;
 }
 
-void Seek(int file, int64_t position) { lseek(file, position, SEEK_SET); }
+bool Seek(int file, int64_t position) { return lseek(file, position, SEEK_SET) != -1; }
 
 int64_t Tell(int file) { return lseek(file, 0, SEEK_CUR); }
 

@@ -22,17 +22,16 @@ constexpr const char* kDefaultStore = "/etc/mimora/certs";
 // Nothing when it cannot be read, and when it is larger than such files ever are.
 std::optional<SecretBytes> ReadBytes(const std::string& path) {
   constexpr size_t kStep = 64 * 1024;
-  const int file = platform::OpenForReading(path.c_str());
-  if (file == platform::kNoFile) return std::nullopt;
+  const platform::OpenFile file(platform::OpenForReading(path.c_str()));
+  if (file.Number() == platform::kNoFile) return std::nullopt;
   SecretBytes bytes;
   int64_t count = 0;
   do {
     const size_t size = bytes.size();
     bytes.resize(size + kStep);
-    count = platform::Read(file, bytes.data() + size, kStep);
+    count = platform::Read(file.Number(), bytes.data() + size, kStep);
     bytes.resize(size + static_cast<size_t>(std::max<int64_t>(count, 0)));
   } while (count > 0 && bytes.size() <= kLargestKeyFile);
-  platform::Close(file);
   if (count != 0) return std::nullopt;
   return bytes;
 }
@@ -42,18 +41,6 @@ std::string_view View(const SecretBytes& bytes) { return {bytes.data(), bytes.si
 bool IsPkcs12(const std::string& path) {
   const std::string suffix = std::filesystem::path(path).extension();
   return EqualIgnoringCase(suffix, ".p12") || EqualIgnoringCase(suffix, ".pfx");
-}
-
-// In the order of their names. Nothing when the directory cannot be read.
-std::optional<std::vector<std::string>> ListFiles(const std::string& directory) {
-  std::error_code error;
-  std::vector<std::string> files;
-  std::filesystem::directory_iterator entry(directory, error);
-  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
-    files.push_back(entry->path());
-  if (error) return std::nullopt;
-  std::ranges::sort(files);
-  return files;
 }
 
 bool IsKeyOf(const EVP_PKEY* key, const StoredCertificate& certificate) {
@@ -97,7 +84,7 @@ Result CheckUse(const StoredCertificate& certificate, Purpose purpose) {
 // ---- Reading ------------------------------------------------------------------------------------
 
 Result CertificateStore::Read(const std::string& directory) {
-  const auto files = ListFiles(directory);
+  const auto files = platform::ListDirectory(directory);
   if (!files) return kStoreUnreadable;
   for (const std::string& file : *files) {
     if (platform::IsRegularFile(file.c_str())) ReadFile(file);

@@ -29,10 +29,6 @@ int64_t ReadFile(intptr_t context, void* destination, int64_t length) {
   return platform::Read(static_cast<int>(context), destination, length);
 }
 
-void SeekFile(intptr_t context, int64_t position) {
-  platform::Seek(static_cast<int>(context), position);
-}
-
 }  // namespace
 
 // ---- Life ---------------------------------------------------------------------------------
@@ -59,7 +55,7 @@ Minstream::Minstream(FileSource source, int64_t buffer_size) : position_known_(t
     error_ = errno;
     return;
   }
-  source_ = {.context = file_, .read = ReadFile, .seek = SeekFile};
+  source_ = {.context = file_, .read = ReadFile};
   ok_ = true;
 }
 
@@ -456,6 +452,19 @@ int64_t Minstream::Position() {
   return buffer_end_ - filled_ + index_;
 }
 
+bool Minstream::SeekSource(int64_t position) {
+  if (file_ != platform::kNoFile) {
+    if (platform::Seek(file_, position)) return true;
+    error_ = errno;
+  } else if (source_.seek != nullptr) {
+    source_.seek(source_.context, position);
+    return true;
+  } else {
+    error_ = ESPIPE;
+  }
+  return false;
+}
+
 void Minstream::Seek(int64_t position) {
   owner_ = platform::ThreadToken();
   owner_thread_ = platform::ThreadId();
@@ -466,11 +475,7 @@ void Minstream::Seek(int64_t position) {
   if (inside || (mode_ == kMemory && position == 0)) {
     index_ = position - buffer_start;
   } else if (mode_ == kBuffered) {
-    if (source_.seek == nullptr) {
-      error_ = ESPIPE;
-      return;
-    }
-    source_.seek(source_.context, position);
+    if (!SeekSource(position)) return;
     buffer_end_ = position;
     filled_ = index_ = 0;
   } else {

@@ -166,6 +166,7 @@ class Minstream {
   void CheckOwner() const;
   void Compact();
   int64_t CallRead(char* destination, int64_t request);
+  bool SeekSource(int64_t position);
   void FindStartPosition();
   // How far into the buffer reads may go. In memory buffer_end_ is 0 and never beyond a limit.
   int64_t EffectiveEnd() const {
