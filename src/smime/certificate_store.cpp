@@ -51,10 +51,9 @@ bool IsKeyOf(const EVP_PKEY* key, const StoredCertificate& certificate) {
 std::string PublicKey(const EVP_PKEY* key) {
   unsigned char* bytes = nullptr;
   const int size = i2d_PUBKEY(key, &bytes);
+  const BytesPtr owned(bytes);
   if (size < 0) return {};
-  std::string text(reinterpret_cast<const char*>(bytes), static_cast<size_t>(size));
-  OPENSSL_free(bytes);
-  return text;
+  return std::string(reinterpret_cast<const char*>(bytes), static_cast<size_t>(size));
 }
 
 KeyPtr Share(const KeyPtr& key) {

@@ -272,11 +272,10 @@ CertificatePtr CertificateIn(const PKCS12_SAFEBAG& bag, const CryptoContext& con
   if (found == nullptr) return nullptr;
   unsigned char* bytes = nullptr;
   const int size = i2d_X509(found.get(), &bytes);
+  const BytesPtr owned(bytes);
   if (size < 0) return nullptr;
-  CertificatePtr certificate =
-      ParseCertificate({reinterpret_cast<const char*>(bytes), static_cast<size_t>(size)}, context);
-  OPENSSL_free(bytes);
-  return certificate;
+  return ParseCertificate({reinterpret_cast<const char*>(bytes), static_cast<size_t>(size)},
+                          context);
 }
 
 void AddBag(const PKCS12_SAFEBAG& bag, const char* password, const CryptoContext& context,

@@ -38,6 +38,10 @@ using CmsPtr = OpensslPtr<CMS_ContentInfo, &CMS_ContentInfo_free>;
 using DigestPtr = OpensslPtr<EVP_MD, &EVP_MD_free>;
 using KeyPtr = OpensslPtr<EVP_PKEY, &EVP_PKEY_free>;
 
+// OPENSSL_free is a macro.
+inline void FreeBytes(unsigned char* bytes) { OPENSSL_free(bytes); }
+using BytesPtr = OpensslPtr<unsigned char, &FreeBytes>;
+
 // Reads BYTES, which must outlive it. At most 2 GiB; null beyond, and when there is no memory.
 BioPtr MakeReader(std::string_view bytes);
 

@@ -76,7 +76,7 @@ class Moutstream {
   // The bytes of a memory stream; they move when more is written.
   std::string_view GetBuffer() const { return {buffer_.get(), static_cast<size_t>(filled_)}; }
 
-  // The same of a stream that nobody asks for its error: throws std::bad_alloc when bytes are missing.
+  // The same of a stream that nobody asks for its error: std::bad_alloc when bytes are missing.
   std::string_view GetWholeBuffer() const;
 
   const std::string& GetFileName() const { return file_name_; }
