@@ -29,6 +29,8 @@ struct FaultCase {
   bool fails;  // whether an operation that meets it may fail
 };
 
+void PrintTo(const FaultCase& c, std::ostream* out) { *out << c.name; }
+
 constexpr FaultCase kFaults[] = {
     {"no memory once", Fault::kAllocation, false, true},
     {"no memory any more", Fault::kAllocation, true, true},
