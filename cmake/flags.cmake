@@ -14,6 +14,25 @@ target_compile_options(mimora_flags INTERFACE -Wall -Wextra -Wpedantic -Wconvers
   $<$<BOOL:${MIMORA_WERROR}>:-Werror>
   $<$<COMPILE_LANGUAGE:C>:-fexceptions>)
 
+option(MIMORA_HARDEN "Build with guards against memory errors, where no sanitizer looks for them" ON)
+if(MIMORA_HARDEN AND NOT MIMORA_SANITIZE)
+  include(CheckCXXCompilerFlag)
+  include(CheckPIESupported)
+  check_pie_supported()
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  foreach(guard -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+    string(MAKE_C_IDENTIFIER "MIMORA_HAS${guard}" found)
+    check_cxx_compiler_flag(${guard} ${found})
+    if(${found})
+      add_compile_options(${guard})
+    endif()
+  endforeach()
+  # It needs an optimised build. Distributions set a lower level.
+  add_compile_options($<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+    $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=3>)
+  add_link_options(LINKER:-z,relro,-z,now)
+endif()
+
 if(MIMORA_SANITIZE)
   add_compile_options(-fsanitize=${MIMORA_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all)

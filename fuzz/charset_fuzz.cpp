@@ -79,7 +79,11 @@ void CheckCoders(uint32_t page, std::string_view bytes, const Cuts& cuts) {
   const bool shifts = decoded.wide.find_first_of(u"\x0E\x0F\x1B") != std::u16string::npos;
   if (decoded.invalid || encoded.used_default || shifts) return;
   const Decoded back = Decode(page, encoded.bytes, cuts);
-  FUZZ_CHECK(back.wide == decoded.wide && !back.invalid);
+  FUZZ_CHECK(!back.invalid);
+  // A letter and its nukta are one character in Unicode, or two, and written alike in these pages.
+  const bool indian = page >= 57002 && page <= 57011;
+  FUZZ_CHECK(indian ? Encode(page, back.wide, cuts).bytes == encoded.bytes
+                    : back.wide == decoded.wide);
 }
 
 // Asks for the size, then converts into just so much room, and into less.

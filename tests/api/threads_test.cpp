@@ -54,6 +54,31 @@ TEST(Threads, ParseDifferentMessagesAndWriteLogLines) {
   EXPECT_GT(lines.load(), 0);
 }
 
+// What is made at the first use, and kept, is made by whoever comes first.
+TEST(Threads, UseEverythingForTheFirstTimeTogether) {
+  std::atomic<int> waiting{kThreads};
+  RunInThreads([&](int) {
+    --waiting;
+    while (waiting > 0) std::this_thread::yield();
+    char text[64];
+    uint32_t size = sizeof text;
+    EXPECT_EQ(M_DecodeHeaderFieldValue("=?euc-jp?B?pKI=?=", "utf-8", text, &size), 1);
+    EXPECT_STREQ(text, "\u3042");
+    EXPECT_EQ(P_Extension2MimeType(".html", text, sizeof text), 0);
+    EXPECT_STREQ(text, "text/html");
+    char16_t wide[8];
+    size = 8;
+    EXPECT_EQ(M_HTMLToText(u"<b>&eacute;</b>", wide, &size), 1);
+    EXPECT_EQ(wide[0], u'\u00E9');
+    P_MD5Sum("", 0, text);
+    EXPECT_EQ(P_CRC32("a", 1), 0x174841BCu);
+    EXPECT_EQ(P_RFC822DateTimeStr2time_t("1 Jan 1970 00:00:01 GMT"), 1u);
+    P_Algorithm* algorithms = nullptr;
+    EXPECT_GT(P_GetAlgorithmList(0, &algorithms), 0);
+    P_FreeAlgorithmList(algorithms);
+  });
+}
+
 // A stream that is moved for every read: the bytes of one thread must never reach another.
 TEST(Threads, ShareAStreamUnderItsLock) {
   const std::string text = MessageWithParts(kThreads);
