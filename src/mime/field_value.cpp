@@ -2,6 +2,7 @@
 #include "mime/field_value.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -249,15 +250,25 @@ bool ParseMarks(std::string_view marks, Section& section) {
   return true;
 }
 
-// Joins the pieces, which stand in the order of their numbers, up to the first gap; of those alike
-// the first counts. The first one declares the charset.
+// Puts the pieces in the order of their numbers. Of those alike the first counts; beyond the limit
+// the last ones go, so that a flood of them hides none that is joined.
+void SortSections(std::vector<Section>& sections) {
+  std::stable_sort(sections.begin(), sections.end(),
+                   [](const Section& a, const Section& b) { return a.number < b.number; });
+  const auto end =
+      std::unique(sections.begin(), sections.end(),
+                  [](const Section& a, const Section& b) { return a.number == b.number; });
+  const auto most = static_cast<std::ptrdiff_t>(kMostParameterPieces);
+  sections.erase(sections.begin() + std::min(end - sections.begin(), most), sections.end());
+}
+
+// Joins the pieces, which are sorted, up to the first gap. The first one declares the charset.
 ParameterText JoinSections(const std::vector<Section>& sections, std::string& joined) {
   std::string text;
   std::string charset;
   std::string scratch;
   const Section* last = nullptr;
   for (const Section& section : sections) {
-    if (last != nullptr && section.number == last->number) continue;
     if (last != nullptr && section.number != last->number + 1) break;
     std::string_view piece = PlainText(section.value, section.comments, scratch);
     if (last == nullptr && section.encoded) {
@@ -305,13 +316,12 @@ std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
     Section section{0, false, parameter->value, comments};
     if (full.size() == name.size()) {
       if (!plain) plain = {PlainText(parameter->value, comments, scratch)};
-    } else if (sections.size() < kMostParameterPieces &&
-               ParseMarks(full.substr(name.size()), section)) {
+    } else if (ParseMarks(full.substr(name.size()), section)) {
+      if (sections.size() == 2 * kMostParameterPieces) SortSections(sections);
       sections.push_back(section);
     }
   }
-  std::stable_sort(sections.begin(), sections.end(),
-                   [](const Section& a, const Section& b) { return a.number < b.number; });
+  SortSections(sections);
   // Some count from 1. Where the beginning is missing, a plain one is better.
   if (!sections.empty() && (sections.front().number <= 0 || !plain)) {
     plain = JoinSections(sections, scratch);

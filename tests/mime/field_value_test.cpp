@@ -102,6 +102,13 @@ TEST(FieldValue, JoinsAsManyPiecesAsTheLimitSays) {
   }
 }
 
+TEST(FieldValue, AFloodOfPiecesHidesNoneThatIsJoined) {
+  std::string text = "t";
+  for (size_t i = 0; i <= 5 * kMostParameterPieces; ++i)
+    text += i % 2 == 0 ? ";p*9=x" : ";p*" + std::to_string(10 + i) + "=x";
+  EXPECT_EQ(FieldValue(text + ";p*1=b;p*0=a").Parameter("p"), "ab");
+}
+
 // Whatever stands a hundred thousand times in a value behind as many blanks, it is read in one go.
 TEST(FieldValue, TakesLinearTime) {
   for (const char* piece :
