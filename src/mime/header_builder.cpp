@@ -30,7 +30,10 @@ bool HeaderBuilder::IsFirstOfBody(std::string_view line) {
 }
 
 bool HeaderBuilder::IsListedBeyondLimit(std::string_view line) {
-  if (!IsBlank(line.front())) continues_dropped_ = !IsFirstOfBody(line);
+  if (IsBlank(line.front())) return !continues_dropped_;
+  // As in front of the limit, what follows a line that is no field continues the one before.
+  if (!HeaderFields::IsField(line)) return false;
+  continues_dropped_ = !IsFirstOfBody(line);
   return !continues_dropped_;
 }
 

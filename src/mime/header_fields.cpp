@@ -18,6 +18,13 @@ constexpr CharacterSet kIsOfName([](char c) {
   return static_cast<unsigned char>(c) > ' ' && c != 0x7F && c != ':';
 });
 
+// The place behind the characters that a name is made of.
+const char* NameEnd(std::string_view line) {
+  const char* p = line.begin();
+  while (p < line.end() && kIsOfName(*p)) ++p;
+  return p;
+}
+
 // Copies the text and a zero, and answers the place behind.
 char* PutText(std::string_view text, char* to) {
   text.copy(to, text.size());
@@ -65,14 +72,18 @@ void HeaderFields::Continue(std::string_view line) {
   entries_.Data()[entries_.Size() - 1].value_size += line.size() + 2;
 }
 
+bool HeaderFields::IsField(std::string_view line) {
+  const std::string_view rest(NameEnd(line), line.end());
+  return TrimLeft(rest, IsBlank).starts_with(':');
+}
+
 bool HeaderFields::AppendLine(std::string_view line) {
   if (IsBlank(line.front())) {
     Continue(line);
     return true;
   }
   const char* end = line.data() + line.size();
-  const char* name_end = line.data();
-  while (name_end < end && kIsOfName(*name_end)) ++name_end;
+  const char* name_end = NameEnd(line);
   const char* colon = std::find_if_not(name_end, end, IsBlank);
   if (colon == end || *colon != ':') return false;
   const char* value = colon + 1;

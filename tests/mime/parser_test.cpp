@@ -229,7 +229,7 @@ TEST(Limits, BeyondTheLastFieldOnlyThoseThatTellOfTheBodyAreListed) {
     std::string text;
     for (size_t i = 0; i < fields; ++i) text += ":\n";
     const std::string header =
-        "Subject: a\n b\nContent-Type: multipart/mixed;\n boundary=b\n"
+        "Subject: a\n b\nContent-Type: multipart/mixed;\nno field\n boundary=b\n"
         "content-type : text/html\n c\n\n";
     text += header + "--b\n" + header + "--b--\n";
     Bodypart message;
