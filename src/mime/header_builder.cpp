@@ -46,7 +46,7 @@ void HeaderBuilder::PassOver(std::string_view line) {
 
 void HeaderBuilder::Log() const {
   if (passed_over_ == 0) return;
-  LogError("<E> %d header lines that are no fields, or too many, the first: %s", passed_over_,
+  LogError("<E> %zu header lines that are no fields, or too many, the first: %s", passed_over_,
            first_.c_str());
 }
 

@@ -40,7 +40,7 @@ class HeaderBuilder {
   size_t most_;
   bool continues_dropped_ = false;  // what a continuation line would continue is not listed
   bool looked_for_[std::size(kBodyFields)] = {};
-  int passed_over_ = 0;
+  size_t passed_over_ = 0;
   std::string first_;
 };
 
