@@ -227,7 +227,9 @@ MIMORA_API void M_PrintBodypart(M_Bodypart *part);
  * not closed and parts that make no sense are kept as well as they can be read.
  * Beyond 100 levels of nesting a part is a leaf whatever its type says, and
  * beyond 10,000 parts the rest of a multipart becomes one last leaf. Beyond
- * 10,000 listed files in a message further ones stay in their bodies.
+ * 10,000 listed files in a message further ones stay in their bodies, and beyond
+ * 100,000 header fields a header lists only those that tell what its body is.
+ * Of one parameter 10,000 pieces (RFC 2231) are joined.
  *
  * part    receives the tree; it may be a part inside a message.
  * in      the stream; the tree refers to it, so it must outlive the tree
