@@ -31,8 +31,9 @@ LEAST_TIME = 0.04
 FREE_BYTES = 12 << 20
 BYTES_PER_UNIT = {"nothing": 0, "part": 16384, "field": 1024, "file": 4096, "header-byte": 16,
                   "page-byte": 24}
-# Beyond so many, parts and files are not looked at any more.
+# Beyond so many, parts and files are not looked at any more, and header fields not listed.
 MOST_PARTS = 10_000
+MOST_FIELDS = 100_000
 MOST_MEMORY = 256 << 20
 QUICK_SHARE = 32
 
@@ -110,7 +111,7 @@ class Class:
     def units(self, bytes_of_message):
         if self.unit.endswith("byte"):
             return bytes_of_message
-        return self.size if self.unit == "field" else min(self.size, MOST_PARTS)
+        return min(self.size, MOST_FIELDS if self.unit == "field" else MOST_PARTS)
 
 
 class Round:
