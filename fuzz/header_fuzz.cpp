@@ -30,7 +30,8 @@ bool Holds(std::string_view text, uint32_t page) { return TranslateText(text, pa
 bool IsUtf8(std::string_view text) { return Holds("x" + std::string(text), kUtf8Page); }
 
 void CheckParameters(const std::string& value) {
-  const FieldValue field(value);
+  const ExactCopy copy_of_value(value);
+  const FieldValue field(copy_of_value.Text());
   std::string scratch;
   FUZZ_CHECK(field.Main() == field.Main(scratch));
   ParseContentType(field);

@@ -363,17 +363,12 @@ void DecodeFile(Answers& answers) {
   answers.Number(count);
 }
 
-struct Removal {
-  const char* const path;
-  ~Removal() { ::unlink(path); }
-};
-
 template <typename Source>
 void SaveTextToFile(Answers& answers) {
   char path[4096];
   std::snprintf(path, sizeof path, "%s/text", work_folder);
   OnEachPart<Source>([&](M_Bodypart* part) {
-    const Removal removal{path};
+    const WorkFiles files;
     uint32_t count = M_GetBodypartTextRawSize(part);
     const int32_t status =
         answers.Status(M_SaveBodyOrBodypartTextToFile(part, nullptr, path, 0, 0, &count));
