@@ -149,7 +149,7 @@ class BodyWriter {
     const std::string& encoding = part_.ContentTransferEncoding;
     LogTrace("WriteBodypartBodyToStream 7");
     LogTrace("Body.BodyData.ContentTransferEncoding = %s",
-             encoding.empty() ? "empty" : encoding.c_str());
+             encoding.empty() ? "empty" : OneLine(encoding).c_str());
     const int64_t before = out_.WritePos();
     const int32_t result = Decode(body, out_);
     part_.DecodedSize = out_.WritePos() - before;
@@ -198,8 +198,8 @@ class BodyWriter {
   int32_t Translate(Minstream& in, Moutstream& out) {
     const std::string target(request_.target_charset);
     LogTrace("::::1");
-    LogTrace("::::2 %s", part_.Charset.c_str());
-    LogTrace("::::3 %s", target.c_str());
+    LogTrace("::::2 %s", OneLine(part_.Charset).c_str());
+    LogTrace("::::3 %s", OneLine(target).c_str());
     const int64_t before = out.WritePos();
     const int32_t result = TranslateStream(in, out, from_page_, to_page_);
     part_.DecodedSize = out.WritePos() - before;

@@ -64,8 +64,7 @@ int32_t TransferEncodingDecode(Minstream& in, Moutstream& out, std::string_view 
   } catch (...) {
     LogError("<E> TransferEncodingDecode ex_pos=%d, TransferEncoding=%" PRIXPTR, ex_pos,
              reinterpret_cast<uintptr_t>(name.data()));
-    LogError("<E> TransferEncodingDecode '%s' at %" PRId64, std::string(name).c_str(),
-             in.Position());
+    LogError("<E> TransferEncodingDecode '%s' at %" PRId64, OneLine(name).c_str(), in.Position());
     throw;
   }
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "platform/ascii.h"
 #include "platform/platform.h"
 
 namespace mimora {
@@ -207,6 +208,12 @@ void LogTraceWithData(const void* data, int64_t size, const char* format, ...) {
     file.Write("\nBINARY DATA END\n");
   });
   va_end(arguments);
+}
+
+std::string OneLine(std::string_view text) {
+  std::string line(text);
+  std::replace_if(line.begin(), line.end(), IsControl, '.');
+  return line;
 }
 
 void LogUserText(std::string_view text) {

@@ -41,6 +41,10 @@ inline int32_t ExceptionCode() {
   }
 }
 
+// A sender's text as it may stand in a line: control characters, which could forge lines or steer
+// the terminal of who reads the log, are dots.
+std::string OneLine(std::string_view text);
+
 // Null switches back to the file.
 void SetTraceCallback(TraceCallback callback);
 

@@ -1,7 +1,6 @@
 // Copyright (c) 2026 the mimora developers.
 #include "mime/header_builder.h"
 
-#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -38,10 +37,7 @@ bool HeaderBuilder::IsListedBeyondLimit(std::string_view line) {
 }
 
 void HeaderBuilder::PassOver(std::string_view line) {
-  if (passed_over_++ > 0) return;
-  first_ = line.substr(0, 80);
-  // What a sender writes must not steer who reads the log.
-  std::replace_if(first_.begin(), first_.end(), IsControl, '.');
+  if (passed_over_++ == 0) first_ = OneLine(line.substr(0, 80));
 }
 
 void HeaderBuilder::Log() const {

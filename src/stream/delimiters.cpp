@@ -75,7 +75,8 @@ void Delimiters::Push(std::string_view delimiter) {
   for (size_t level = 0; level < levels && !begins_another; ++level) {
     begins_another = stack_[level].size > delimiter.size() && At(level).starts_with(delimiter);
   }
-  const size_t start = texts_.size();
+  const size_t start = stack_.empty() ? 0 : stack_.back().start + stack_.back().size;
+  texts_.resize(start);  // more is there when memory ran out here
   texts_ += delimiter;
   stack_.push_back({start, delimiter.size(), longest, shared, tail, begins_another});
 }
