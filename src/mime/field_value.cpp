@@ -321,10 +321,10 @@ std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
       sections.push_back(section);
     }
   }
-  SortSections(sections);
-  // Some count from 1. Where the beginning is missing, a plain one is better.
-  if (!sections.empty() && (sections.front().number <= 0 || !plain)) {
-    plain = JoinSections(sections, scratch);
+  if (!sections.empty()) {
+    SortSections(sections);
+    // Some count from 1. Where the beginning is missing, a plain one is better.
+    if (sections.front().number <= 0 || !plain) plain = JoinSections(sections, scratch);
   }
   // A zero would end the text for a caller in C.
   if (plain && plain->text.find('\0') != std::string_view::npos) {

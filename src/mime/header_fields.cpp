@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "platform/ascii.h"
+#include "stream/scan.h"
 
 namespace mimora {
 namespace {
@@ -14,15 +15,9 @@ constexpr std::string_view kDummyName = "X-Dummy";
 constexpr std::string_view kDummyValue =
     "Dummy header field to account for the following continuation line:";
 
-constexpr CharacterSet kIsOfName([](char c) {
-  return static_cast<unsigned char>(c) > ' ' && c != 0x7F && c != ':';
-});
-
 // The place behind the characters that a name is made of.
 const char* NameEnd(std::string_view line) {
-  const char* p = line.begin();
-  while (p < line.end() && kIsOfName(*p)) ++p;
-  return p;
+  return FindSpaceOr<':', 0x7F>(line.begin(), line.end());
 }
 
 // Copies the text and a zero, and answers the place behind.

@@ -33,6 +33,13 @@ const char* FindAnyOf(const char* p, const char* end) {
   return p;
 }
 
+// The same, and any character up to the space counts, too.
+template <char... kWanted>
+const char* FindSpaceOr(const char* p, const char* end) {
+  while (p<end&& static_cast<unsigned char>(*p)> ' ' && ((*p != kWanted) && ...)) ++p;
+  return p;
+}
+
 }  // namespace scan_plain
 
 #if defined(__SSE2__)
@@ -68,23 +75,53 @@ inline const char* FindPair(const char* p, const char* end, char a, char b) {
   return scan_vectors::FindPairSse(p, end, a, b);
 }
 
-template <char... kWanted>
-const char* FindAnyOf(const char* p, const char* end) {
+namespace scan_vectors {
+
+// The first byte of a whole block that HITS marks; the place behind those blocks when there is
+// none.
+template <typename Hits>
+const char* FindInBlocks(const char* p, const char* end, Hits hits) {
   for (; end - p >= 16; p += 16) {
     const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    __m128i hit = _mm_setzero_si128();
-    ((hit = _mm_or_si128(hit, _mm_cmpeq_epi8(here, _mm_set1_epi8(kWanted)))), ...);
-    if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hit))) {
+    if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hits(here)))) {
       return p + std::countr_zero(mask);
     }
   }
+  return p;
+}
+
+template <char... kWanted>
+__m128i AnyOf(__m128i here) {
+  __m128i hits = _mm_setzero_si128();
+  ((hits = _mm_or_si128(hits, _mm_cmpeq_epi8(here, _mm_set1_epi8(kWanted)))), ...);
+  return hits;
+}
+
+template <char... kWanted>
+__m128i SpaceOr(__m128i here) {
+  const __m128i spaces = _mm_cmpeq_epi8(_mm_min_epu8(here, _mm_set1_epi8(' ')), here);
+  return _mm_or_si128(spaces, AnyOf<kWanted...>(here));
+}
+
+}  // namespace scan_vectors
+
+template <char... kWanted>
+const char* FindAnyOf(const char* p, const char* end) {
+  p = scan_vectors::FindInBlocks(p, end, scan_vectors::AnyOf<kWanted...>);
   return scan_plain::FindAnyOf<kWanted...>(p, end);
+}
+
+template <char... kWanted>
+const char* FindSpaceOr(const char* p, const char* end) {
+  p = scan_vectors::FindInBlocks(p, end, scan_vectors::SpaceOr<kWanted...>);
+  return scan_plain::FindSpaceOr<kWanted...>(p, end);
 }
 
 #else
 
 using scan_plain::FindAnyOf;
 using scan_plain::FindPair;
+using scan_plain::FindSpaceOr;
 
 #endif
 
