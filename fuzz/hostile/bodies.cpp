@@ -70,7 +70,7 @@ constexpr MessageClass kClasses[] = {
     {"uu-ends", Unit::kNothing, kMany,
      [](size_t n) { return Plain("begin 644 a\n" + Repeat("`\nbegin 6 a\nend\n", n / 4)); }},
 
-    {"zeros-everywhere", Unit::kNothing, kLong, [](size_t n) { return string(n, '\0'); }},
+    {"zeros-everywhere", Unit::kHeaderBytes, kLong, [](size_t n) { return string(n, '\0'); }},
     {"zeros-in-a-text", Unit::kNothing, kLong, [](size_t n) { return Plain(string(n, '\0')); }},
     {"noise", Unit::kNothing, kLong, [](size_t n) { return Plain(Noise(n)); }},
     {"line-ends", Unit::kNothing, kLong / 4, [](size_t n) { return Plain(Repeat("\r\n\n\r", n)); }},

@@ -42,7 +42,7 @@ constexpr MessageClass kClasses[] = {
               Repeat("--b\n" + Repeat("A: b\n", 100) + "\nx\n", n / 100);
      }},
     {"line", Unit::kHeaderBytes, kLong, [](size_t n) { return Field(string(n, 'a')); }},
-    {"line-without-colon", Unit::kNothing, kLong,
+    {"line-without-colon", Unit::kHeaderBytes, kLong,
      [](size_t n) { return string(n, 'a') + "\n\nx"; }},
     {"name", Unit::kHeaderBytes, kLong, [](size_t n) { return string(n, 'a') + ": b\n\nx"; }},
     {"line-without-end", Unit::kHeaderBytes, kLong,
