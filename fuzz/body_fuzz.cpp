@@ -103,12 +103,8 @@ void CheckRaw(const Bodypart& part, std::string_view text) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora;
-  using namespace mimora::fuzz;
-  Input input(data, size);
+void CheckInput(Input input) {
   const BodyRequest request{.target_encoding = input.Choose(kEncodings),
                             .target_charset = input.Choose(kCharsets),
                             .keep_embedded = input.Flag()};
@@ -128,5 +124,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     CheckSizes(*twins[i]);
     CheckWritten(*parts[i], *twins[i], request, buffer_size);
   }
-  return 0;
 }
+
+}  // namespace mimora::fuzz

@@ -118,12 +118,9 @@ void CheckConversion(uint32_t page, std::string_view bytes, uint32_t flags) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora::fuzz;
+void CheckInput(Input input) {
   static const std::vector<uint32_t> kPages = AllPages();
-  Input input(data, size);
   const uint32_t page = input.Choose(kPages);
   const Cuts cuts(input.Byte(), input.Flag() ? 3 : 40);
   const uint32_t flags = input.Number();
@@ -131,5 +128,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Most sets of flags are refused.
   CheckConversion(page, input.Rest(), 0);
   CheckConversion(page, input.Rest(), flags);
-  return 0;
 }
+
+}  // namespace mimora::fuzz

@@ -89,12 +89,9 @@ void CheckSecondTime(const Place& place, const char* charset, uint32_t count) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora::fuzz;
+void CheckInput(Input input) {
   static const Place place;
-  Input input(data, size);
   const char* const charset = input.Choose(kCharsets);
   const bool twice = input.Flag();
   place.Renew(input.Rest());
@@ -102,5 +99,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CHECK(CountFiles(place) == count);
   FUZZ_CHECK(ReadFile(place.Message()) == input.Rest());
   if (twice) CheckSecondTime(place, charset, count);
-  return 0;
 }
+
+}  // namespace mimora::fuzz

@@ -18,8 +18,6 @@
 #include "stream/minstream.h"
 #include "stream/moutstream.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
-
 namespace mimora::fuzz {
 
 [[noreturn]] inline void Fail(const char* file, int line, const char* promise) {
@@ -59,6 +57,9 @@ class Input {
  private:
   std::string_view rest_;
 };
+
+// What each target defines.
+void CheckInput(Input input);
 
 // A copy in a block of just that size: reading past its end is found out.
 class ExactCopy {

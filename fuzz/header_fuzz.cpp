@@ -93,12 +93,8 @@ void CheckEncoded(std::string_view value, std::string_view charset, std::string_
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora;
-  using namespace mimora::fuzz;
-  Input input(data, size);
+void CheckInput(Input input) {
   const std::string_view charset = input.Choose(kCharsets);
   const std::string_view encoding = input.Choose(kEncodings);
   std::string value(input.Rest());
@@ -106,5 +102,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CheckParameters(value);
   CheckDecoded(value, charset);
   CheckEncoded(value, charset, encoding);
-  return 0;
 }
+
+}  // namespace mimora::fuzz

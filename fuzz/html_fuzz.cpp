@@ -56,14 +56,11 @@ void CheckCharset(std::string_view html) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora;
-  using namespace mimora::fuzz;
-  Input input(data, size);
+void CheckInput(Input input) {
   const uint32_t page = input.Byte() == 0xFF ? kUtf16Page : kUtf8Page;
   CheckCharset(input.Rest());
   CheckText(WideOf(input.Rest(), page));
-  return 0;
 }
+
+}  // namespace mimora::fuzz

@@ -65,12 +65,9 @@ void CheckSame(Minstream& in, const Bodypart& wanted, Result result) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora;
-  using namespace mimora::fuzz;
-  const std::string_view text(reinterpret_cast<const char*>(data), size);
+void CheckInput(Input input) {
+  const std::string_view text = input.Rest();
   Bodypart message;
   const Result result = LoadFromMemory(message, text);
   FUZZ_CHECK(result == kOk || result == kHeaderCut || result == kNoBoundary);
@@ -79,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   DumpBodypart(&message, nowhere);
 
   constexpr int64_t kSteps[] = {1, 5, testing::DripSource::kNever};
-  size_t turn = size;
+  size_t turn = text.size();
   for (const int64_t buffer : {1, 2, 3, 7, 64, 4096}) {
     testing::DripSource source(text, kSteps[turn++ % 3]);
     Minstream in(turn % 2 == 0 ? source.Reading() : source.Pointing(), buffer);
@@ -88,5 +85,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Bodypart copy;
   FUZZ_CHECK(LoadFromCopy(copy, text) == result);
   FUZZ_CHECK(Details(copy) == Details(message));
-  return 0;
 }
+
+}  // namespace mimora::fuzz

@@ -120,12 +120,9 @@ void CheckSettings(const std::string& text) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora::fuzz;
+void CheckInput(Input input) {
   static const LogDirectory log;
-  Input input(data, size);
   const bool throws = input.Flag();
   std::string text(input.Rest());
   CheckSettings(text);
@@ -134,5 +131,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CheckCallback(text, throws ? TraceAndThrow : Trace);
   FUZZ_CHECK(log.Take().empty());
   CheckDump(log, text, input.Rest());
-  return 0;
 }
+
+}  // namespace mimora::fuzz

@@ -29,16 +29,15 @@ std::string Uncompressed(std::string_view block) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora::fuzz;
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+void CheckInput(Input input) {
+  const std::string_view bytes = input.Rest();
   const std::string compressed = Compressed(bytes, std::malloc);
   FUZZ_CHECK(Uncompressed(compressed) == bytes);
   FUZZ_CHECK(Compressed(bytes, NoMemory) == compressed);
   // What is in the input may be a block itself, of which more can be made.
   const std::string plain = Uncompressed(bytes);
   FUZZ_CHECK(Uncompressed(Compressed(plain, std::malloc)) == plain);
-  return 0;
 }
+
+}  // namespace mimora::fuzz

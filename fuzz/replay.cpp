@@ -23,7 +23,7 @@ void Replay(const fs::path& path) {
   std::fflush(stdout);
   // Of just that size, as libFuzzer has it.
   const mimora::fuzz::ExactCopy copy(bytes);
-  LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(copy.Text().data()), bytes.size());
+  mimora::fuzz::CheckInput({reinterpret_cast<const uint8_t*>(copy.Text().data()), bytes.size()});
   ++files;
 }
 

@@ -106,15 +106,13 @@ void CheckSigned(Input input) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora::fuzz;
-  Input input(data, size);
+void CheckInput(Input input) {
   if (input.Byte() % 4 == 0) {
     CheckSigned(input);
   } else {
     CheckFile(input);
   }
-  return 0;
 }
+
+}  // namespace mimora::fuzz

@@ -52,12 +52,8 @@ void CheckInMessage(std::string_view stream, const Files& files, int64_t buffer_
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora;
-  using namespace mimora::fuzz;
-  Input input(data, size);
+void CheckInput(Input input) {
   const int64_t buffer_size = 1 + input.Byte() % 64;
   const std::string_view stream = input.Rest();
   Minstream memory(SourceOf(stream));
@@ -75,5 +71,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Minstream cut(SourceOf(stream.substr(0, stream.size() / 2)));
   FilesIn(cut, stream.size(), 2);
   CheckInMessage(stream, files, buffer_size);
-  return 0;
 }
+
+}  // namespace mimora::fuzz

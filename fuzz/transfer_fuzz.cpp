@@ -130,11 +130,8 @@ void CheckQuotedPrintable(std::string bytes) {
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora::fuzz;
-  Input input(data, size);
+void CheckInput(Input input) {
   const std::string_view encoding = input.Choose(kEncodings);
   const size_t longest = input.Flag() ? 8 : 300;
   const Cuts cuts(input.Byte(), longest);
@@ -144,5 +141,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (encoding == "x-uuencode") CheckBlocks(text, cuts);
   if (encoding == "base64") CheckBase64(text, line_length);
   if (encoding == "quoted-printable") CheckQuotedPrintable(std::string(text));
-  return 0;
 }
+
+}  // namespace mimora::fuzz

@@ -23,12 +23,9 @@ void CheckExport(Export work, const std::string& input, const std::string& wante
 }
 
 }  // namespace
-}  // namespace mimora::fuzz
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace mimora;
-  using namespace mimora::fuzz;
-  std::string text(reinterpret_cast<const char*>(data), size);
+void CheckInput(Input input) {
+  std::string text(input.Rest());
   const std::string escaped = EscapeUrl(text);
   FUZZ_CHECK(escaped.find_first_of(": ?+&=") == std::string::npos);
   FUZZ_CHECK(UnEscapeUrl(escaped) == text);
@@ -36,5 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   text.resize(std::min(text.find('\0'), text.size()));
   CheckExport(P_EscapeURL, text, EscapeUrl(text));
   CheckExport(P_UnEscapeURL, text, UnEscapeUrl(text));
-  return 0;
 }
+
+}  // namespace mimora::fuzz
