@@ -215,13 +215,12 @@ std::optional<RawParameter> ParseParameter(std::string_view piece, Comments comm
   size_t equals = 0;
   for (;;) {
     const char* const mark = FindAnyOf<'=', '('>(piece.data() + equals, piece.end());
+    if (mark == piece.end()) return std::nullopt;
     equals = static_cast<size_t>(mark - piece.data());
-    if (equals == piece.size() || *mark == '=') break;
-    equals = some ? SkipComment(piece, equals) : equals + 1;
+    if (*mark == '=') break;
     commented |= some;
-    if (equals >= piece.size()) break;
+    equals = some ? std::min(SkipComment(piece, equals), piece.size()) : equals + 1;
   }
-  if (equals >= piece.size()) return std::nullopt;
   std::string_view name = piece.substr(0, equals);
   if (commented) name = scratch = WithoutComments(name, Comments::kAnywhere);
   return RawParameter{Trim(name), piece.substr(equals + 1), comments};

@@ -8,22 +8,12 @@
 #include "platform/ascii.h"
 
 namespace mimora {
-namespace {
-
-bool BeginsField(std::string_view line, std::string_view name) {
-  if (line.size() <= name.size() || !EqualIgnoringCase(line.substr(0, name.size()), name)) {
-    return false;
-  }
-  return TrimLeft(line.substr(name.size()), IsBlank).starts_with(':');
-}
-
-}  // namespace
 
 // A name is looked for once: the lines may be many, and so may the fields.
-bool HeaderBuilder::IsFirstOfBody(std::string_view line) {
+bool HeaderBuilder::IsFirstOfBody(std::string_view name) {
   for (size_t i = 0; i < std::size(kBodyFields); ++i) {
-    if (!BeginsField(line, kBodyFields[i])) continue;
-    return !std::exchange(looked_for_[i], true) && !fields_.Find(kBodyFields[i]);
+    if (!EqualIgnoringCase(name, kBodyFields[i])) continue;
+    return !std::exchange(looked_for_[i], true) && !fields_.Find(name);
   }
   return false;
 }
@@ -31,8 +21,9 @@ bool HeaderBuilder::IsFirstOfBody(std::string_view line) {
 bool HeaderBuilder::IsListedBeyondLimit(std::string_view line) {
   if (IsBlank(line.front())) return !continues_dropped_;
   // As in front of the limit, what follows a line that is no field continues the one before.
-  if (!HeaderFields::IsField(line)) return false;
-  continues_dropped_ = !IsFirstOfBody(line);
+  const auto name = HeaderFields::NameIn(line);
+  if (!name) return false;
+  continues_dropped_ = !IsFirstOfBody(*name);
   return !continues_dropped_;
 }
 

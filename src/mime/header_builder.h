@@ -33,7 +33,7 @@ class HeaderBuilder {
     return fields_.Count() < most_ || IsListedBeyondLimit(line);
   }
   bool IsListedBeyondLimit(std::string_view line);
-  bool IsFirstOfBody(std::string_view line);
+  bool IsFirstOfBody(std::string_view name);
   void PassOver(std::string_view line);
 
   HeaderFields& fields_;

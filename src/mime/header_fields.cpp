@@ -15,11 +15,6 @@ constexpr std::string_view kDummyName = "X-Dummy";
 constexpr std::string_view kDummyValue =
     "Dummy header field to account for the following continuation line:";
 
-// The place behind the characters that a name is made of.
-const char* NameEnd(std::string_view line) {
-  return FindSpaceOr<':', 0x7F>(line.begin(), line.end());
-}
-
 // Copies the text and a zero, and answers the place behind.
 char* PutText(std::string_view text, char* to) {
   text.copy(to, text.size());
@@ -30,15 +25,14 @@ char* PutText(std::string_view text, char* to) {
 }  // namespace
 
 HeaderField HeaderFields::At(size_t index) const {
-  const Entry& entry = entries_.Data()[index];
+  const Entry& entry = entries_[index];
   const char* const name = texts_.Data() + entry.start;
   return {{name, entry.name_size}, {name + entry.name_size + 1, entry.value_size}};
 }
 
 std::optional<std::string_view> HeaderFields::Find(std::string_view name, int n) const {
   int matches = 0;
-  for (size_t i = 0; i < entries_.Size(); ++i) {
-    const Entry& entry = entries_.Data()[i];
+  for (const Entry& entry : entries_) {
     if (entry.name_size != name.size()) continue;
     const char* const found = texts_.Data() + entry.start;
     if (!EqualIgnoringCase({found, name.size()}, name) || ++matches != n) continue;
@@ -64,12 +58,13 @@ void HeaderFields::Continue(std::string_view line) {
   end[0] = '\r';
   end[1] = '\n';
   PutText(line, end + 2);
-  entries_.Data()[entries_.Size() - 1].value_size += line.size() + 2;
+  entries_[entries_.Size() - 1].value_size += line.size() + 2;
 }
 
-bool HeaderFields::IsField(std::string_view line) {
-  const std::string_view rest(NameEnd(line), line.end());
-  return TrimLeft(rest, IsBlank).starts_with(':');
+std::optional<std::string_view> HeaderFields::NameIn(std::string_view line) {
+  const std::string_view name(line.begin(), FindSpaceOr<':', 0x7F>(line.begin(), line.end()));
+  const bool has_colon = TrimLeft(line.substr(name.size()), IsBlank).starts_with(':');
+  return has_colon ? std::optional(name) : std::nullopt;
 }
 
 bool HeaderFields::AppendLine(std::string_view line) {
@@ -77,19 +72,16 @@ bool HeaderFields::AppendLine(std::string_view line) {
     Continue(line);
     return true;
   }
-  const char* end = line.data() + line.size();
-  const char* name_end = NameEnd(line);
-  const char* colon = std::find_if_not(name_end, end, IsBlank);
-  if (colon == end || *colon != ':') return false;
-  const char* value = colon + 1;
-  if (value < end && *value == ' ') ++value;
-  Append({line.data(), static_cast<size_t>(name_end - line.data())},
-         {value, static_cast<size_t>(end - value)});
+  const auto name = NameIn(line);
+  if (!name) return false;
+  std::string_view value = TrimLeft(line.substr(name->size()), IsBlank).substr(1);
+  if (value.starts_with(' ')) value.remove_prefix(1);
+  Append(*name, value);
   return true;
 }
 
 void HeaderFields::Delete(size_t index) {
-  deleted_bytes_ += entries_.Data()[index].Size();
+  deleted_bytes_ += entries_[index].Size();
   entries_.Erase(index);
   // Not each time, or deleting all would take quadratic time.
   if (deleted_bytes_ > texts_.Size() / 2) CloseGaps();
@@ -97,8 +89,7 @@ void HeaderFields::Delete(size_t index) {
 
 void HeaderFields::CloseGaps() {
   size_t end = 0;
-  for (size_t i = 0; i < entries_.Size(); ++i) {
-    Entry& entry = entries_.Data()[i];
+  for (Entry& entry : entries_) {
     std::memmove(texts_.Data() + end, texts_.Data() + entry.start, entry.Size());
     entry.start = end;
     end += entry.Size();

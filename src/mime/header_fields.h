@@ -29,8 +29,8 @@ class HeaderFields {
   // Makes room for so many, of that size in all: it need not grow then.
   void Reserve(size_t fields, size_t bytes);
   void Append(std::string_view name, std::string_view value);
-  // Whether the line begins a field.
-  static bool IsField(std::string_view line);
+  // The name of the field that a line begins; nothing when it begins none.
+  static std::optional<std::string_view> NameIn(std::string_view line);
   // Takes a line of a header, which is not empty: a field, or the continuation of the last one. A
   // line that is neither is passed over, and the answer is false.
   bool AppendLine(std::string_view line);

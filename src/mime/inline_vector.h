@@ -26,6 +26,13 @@ class InlineVector {
   Value* Data() { return block_ ? block_.get() : inline_; }
   const Value* Data() const { return block_ ? block_.get() : inline_; }
 
+  Value& operator[](size_t index) { return Data()[index]; }
+  const Value& operator[](size_t index) const { return Data()[index]; }
+  Value* begin() { return Data(); }
+  Value* end() { return Data() + size_; }
+  const Value* begin() const { return Data(); }
+  const Value* end() const { return Data() + size_; }
+
   void Reserve(size_t capacity) {
     if (capacity <= capacity_) return;
     auto larger = std::make_unique_for_overwrite<Value[]>(capacity);

@@ -111,13 +111,10 @@ int64_t Tell(int file);
 class AppendFile {
  public:
   explicit AppendFile(const char* name);
-  ~AppendFile();
-  AppendFile(const AppendFile&) = delete;
-  AppendFile& operator=(const AppendFile&) = delete;
   void Write(std::string_view text);
 
  private:
-  int file_;
+  OpenFile file_;
 };
 
 // ---- File types -----------------------------------------------------------------------------

@@ -204,13 +204,9 @@ int64_t Tell(int file) { return lseek(file, 0, SEEK_CUR); }
 AppendFile::AppendFile(const char* name)
     : file_(Retry([&] { return open(name, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600); })) {}
 
-AppendFile::~AppendFile() {
-  if (file_ != kNoFile) Close(file_);
-}
-
 void AppendFile::Write(std::string_view text) {
-  if (file_ == kNoFile) return;
-  platform::Write(file_, text.data(), static_cast<int64_t>(text.size()));
+  if (file_.Number() == kNoFile) return;
+  platform::Write(file_.Number(), text.data(), static_cast<int64_t>(text.size()));
 }
 
 }  // namespace mimora::platform

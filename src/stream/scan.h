@@ -36,7 +36,10 @@ const char* FindAnyOf(const char* p, const char* end) {
 // The same, and any character up to the space counts, too.
 template <char... kWanted>
 const char* FindSpaceOr(const char* p, const char* end) {
-  while (p<end&& static_cast<unsigned char>(*p)> ' ' && ((*p != kWanted) && ...)) ++p;
+  const auto is_wanted = [](char c) {
+    return static_cast<unsigned char>(c) <= ' ' || ((c == kWanted) || ...);
+  };
+  while (p < end && !is_wanted(*p)) ++p;
   return p;
 }
 
