@@ -16,6 +16,8 @@ namespace {
 // Runs of a memory stream are cut here, so that who reads them finds them still in the cache.
 constexpr int64_t kLongestRun = 32768;
 
+constexpr int64_t kLongestLineEnd = 2;
+
 // One read never asks for more.
 constexpr int64_t kLargestRequest = 0x7FFFFFFF;
 
@@ -184,6 +186,16 @@ bool Minstream::FillUpTo(int64_t count) {
 
 // ---- Delimiters ---------------------------------------------------------------------------
 
+// Whether no delimiter line begins at P, as far as the bytes up to END tell.
+bool Minstream::IsPlainAt(const char* p, const char* end) const {
+  if (delimiters_.Empty() || *p != delimiters_.FirstCharacter()) return true;
+  return MatchAt(p, end).verdict == DelimiterMatch::kNo;
+}
+
+DelimiterMatch Minstream::MatchAt(const char* p, const char* end) const {
+  return delimiters_.Match(p, end - p, mode_ == kMemory, delimiters_.Count());
+}
+
 // Whether a delimiter line begins SKIP bytes behind the index; reads on until that is decided.
 DelimiterMatch Minstream::DecideMatch(int64_t skip, size_t levels) {
   if (EffectiveEnd() - index_ > skip && data_[index_ + skip] != delimiters_.FirstCharacter()) {
@@ -277,7 +289,7 @@ void Minstream::ReadRestOfLine() {
 int64_t Minstream::PlainLength() {
   const char* begin = data_ + index_;
   const char* end = data_ + EffectiveEnd();
-  const char* stop = begin + std::min<int64_t>(end - begin, longest_run_);
+  const char* stop = begin + std::min<int64_t>(end - begin, kLongestRun);
   if (delimiters_.Empty()) return stop - begin;
   // A line end that may belong to a delimiter is not cut, and not handed out while the bytes
   // behind it are not in view.
@@ -294,8 +306,7 @@ int64_t Minstream::PlainLength() {
     if (p == search_end) return hold - begin;
     const char* start = p > begin && p[-1] == '\r' ? p - 1 : p;
     if (start == begin) continue;
-    const DelimiterMatch match =
-        delimiters_.Match(p + 1, end - p - 1, mode_ == kMemory, delimiters_.Count());
+    const DelimiterMatch match = MatchAt(p + 1, end);
     if (match.verdict == DelimiterMatch::kNo) continue;
     if (match.verdict == DelimiterMatch::kYes) {
       ahead_ = match;
@@ -310,14 +321,12 @@ bool Minstream::FindPlainRun() {
   if (!ok_ || hit_ || !Ensure(1)) return false;
   if (!delimiters_.Empty() && HitAtIndex()) return false;
   plain_ = index_ + PlainLength();
-  longest_run_ = std::min(2 * longest_run_, kLongestRun);
   return true;
 }
 
 void Minstream::ForgetRun() {
   plain_ = index_;
   ahead_at_ = kNowhere;
-  longest_run_ = FirstRun(delimiters_.Count());
 }
 
 void Minstream::SetBoundary(std::string_view delimiter) {
@@ -372,23 +381,27 @@ bool Minstream::PeekChar(char& c) {
 }
 
 bool Minstream::ReadLine(std::string_view& line, LineEnd* line_end) {
-  const bool hit_before = hit_;
-  const std::string_view run = NextRun();
-  const auto length =
-      static_cast<size_t>(FindLineEnd(run.data(), run.data() + run.size()) - run.data());
-  if (length + 1 >= run.size()) return ReadLineInPieces(line, line_end, hit_before);
-  const char* const end = run.data() + length;
-  const LineEnd found = *end == '\n'     ? LineEnd::kLf
-                        : end[1] == '\n' ? LineEnd::kCrLf
-                                         : LineEnd::kCr;
+  CheckOwner();
+  const char* const begin = data_ + index_;
+  const char* const end = data_ + EffectiveEnd();
+  const char* const stop = ok_ && !hit_ ? FindLineEnd(begin, end) : end;
+  if (end - stop < kLongestLineEnd + 1) return ReadLineInPieces(line, line_end);
+  const LineEnd found = *stop == '\n'     ? LineEnd::kLf
+                        : stop[1] == '\n' ? LineEnd::kCrLf
+                                          : LineEnd::kCr;
+  const char* const next = stop + (found == LineEnd::kCrLf ? 2 : 1);
+  if ((last_character_ == '\n' && !IsPlainAt(begin, end)) || !IsPlainAt(next, end)) {
+    return ReadLineInPieces(line, line_end);
+  }
   if (line_end != nullptr) *line_end = found;
-  line = run.substr(0, length);
-  Take(length + (found == LineEnd::kCrLf ? 2 : 1));
+  line = {begin, stop};
+  Take(static_cast<size_t>(next - begin));
   return true;
 }
 
-// A line that goes on behind the run, or may do so with the LF of its line end.
-bool Minstream::ReadLineInPieces(std::string_view& line, LineEnd* line_end, bool hit_before) {
+// A line next to a delimiter, or of which not all is in view.
+bool Minstream::ReadLineInPieces(std::string_view& line, LineEnd* line_end) {
+  const bool hit_before = hit_;
   LineEnd found = LineEnd::kNone;
   line_.clear();
   bool complete = false;

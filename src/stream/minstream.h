@@ -152,14 +152,6 @@ class Minstream {
 
   static constexpr int64_t kNowhere = -1;
 
-  // A delimiter that is armed or hit makes what was found out about the bytes ahead worthless.
-  // Behind one, runs are short at first: of many parts, each in another, none must look ahead
-  // through all the inner ones.
-  static constexpr int64_t FirstRun(size_t delimiters) {
-    constexpr int64_t kShortest = 1024;
-    return kShortest << (4 - std::min<size_t>(delimiters, 4));
-  }
-
   void LogCreation(int64_t size) const;
   void AllocateBuffer(int64_t size);
   bool Grow(int64_t capacity);
@@ -179,11 +171,13 @@ class Minstream {
   bool Ensure(int64_t count) { return EffectiveEnd() - index_ >= count || FillUpTo(count); }
   bool FillUpTo(int64_t count);
   bool FindPlainRun();
-  bool ReadLineInPieces(std::string_view& line, LineEnd* line_end, bool hit_before);
+  bool ReadLineInPieces(std::string_view& line, LineEnd* line_end);
   int64_t PlainLength();
   void ForgetRun();
   int64_t LineEndSizeAt(int64_t skip);
   bool HitAtIndex();
+  bool IsPlainAt(const char* p, const char* end) const;
+  DelimiterMatch MatchAt(const char* p, const char* end) const;
   DelimiterMatch DecideMatch(int64_t skip, size_t levels);
   void ReadDelimiterLine(DelimiterMatch match);
   void ReadRestOfLine();
@@ -207,8 +201,7 @@ class Minstream {
   int64_t capacity_ = 0;
   int64_t filled_ = 0;
   int64_t index_ = 0;
-  int64_t plain_ = 0;  // data_[index_, plain_) holds no part of a delimiter
-  int64_t longest_run_ = FirstRun(0);
+  int64_t plain_ = 0;       // data_[index_, plain_) holds no part of a delimiter
   int64_t buffer_end_ = 0;  // position behind the last byte in the buffer; 0 in memory
   int64_t read_limit_ = kNoReadLimit;
   std::unique_ptr<char[]> buffer_;
