@@ -70,13 +70,12 @@ void CheckWritten(Bodypart& part, Bodypart& twin, const BodyRequest& request, in
 
 // A composite body counts as it stands in the source.
 bool IsComposite(const Bodypart& part) {
-  const std::string major = part.Type().major;
-  return (major == "MULTIPART" || major == "MESSAGE") && !part.Opaque;
+  return (part.Is("multipart") || part.Is("message")) && !part.Opaque;
 }
 
 // A text that is encoded as if it were a file counts as the text that it is.
 bool IsUuencodedText(const Bodypart& part) {
-  return part.Type().Is("TEXT", "PLAIN") &&
+  return part.Is("text", "plain") &&
          FindTransferEncoding(part.ContentTransferEncoding) == TransferEncoding::kUuencode;
 }
 

@@ -147,7 +147,7 @@ class EmlDecoder {
     if (!name.empty()) return name;
     name = "part-" + leaf.place;
     if (number != 0) return name + "-" + std::to_string(number);
-    return name.append(ExtensionForType(leaf.part->Type().Full()));
+    return name.append(ExtensionForType(leaf.part->TypeName()));
   }
 
   void Fail(int32_t result) {

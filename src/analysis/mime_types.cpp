@@ -70,7 +70,7 @@ std::optional<std::string> TypeForExtension(std::string_view extension) {
 }
 
 std::optional<std::string> AttachmentType(const Bodypart& part, int32_t number) {
-  if (number == 0) return part.Type().Full();
+  if (number == 0) return part.TypeName();
   const EmbeddedAttachment* file = part.Embedded(number);
   const size_t dot = file != nullptr ? file->Name.rfind('.') : std::string::npos;
   return dot != std::string::npos ? TypeForExtension(file->Name.substr(dot)) : std::nullopt;

@@ -13,11 +13,9 @@ bool IsAttachment(const Bodypart& part) {
   return EqualIgnoringCase(part.Field("Content-Disposition").Main(), "ATTACHMENT");
 }
 
-bool IsPlainLetter(const Bodypart& part) {
-  return part.Type().Is("TEXT", "PLAIN") && !IsAttachment(part);
-}
+bool IsPlainLetter(const Bodypart& part) { return part.Is("text", "plain") && !IsAttachment(part); }
 
-bool IsAlternative(const Bodypart& part) { return part.Type().Is("MULTIPART", "ALTERNATIVE"); }
+bool IsAlternative(const Bodypart& part) { return part.Is("multipart", "alternative"); }
 
 Bodypart* FirstPlainLetter(const Bodypart& parent) {
   for (const auto& child : parent.Children) {
@@ -70,16 +68,17 @@ Bodypart* SearchRelated(const Bodypart& related) {
   Bodypart* start = FindStart(related);
   if (start == nullptr || IsPlainLetter(*start)) return start;
   if (IsAlternative(*start)) return FirstPlainLetter(*start);
-  const bool html = start->Type().Is("TEXT", "HTML") && !IsAttachment(*start);
+  const bool html = start->Is("text", "html") && !IsAttachment(*start);
   return html && IsAlternative(*start->Parent) ? FirstPlainLetter(*start->Parent) : nullptr;
 }
 
 Bodypart* SearchMixed(const Bodypart& mixed) {
   for (const auto& child : mixed.Children) {
-    const ContentType type = child->Type();
-    if (type.major == "TEXT") return IsPlainLetter(*child) ? child.get() : nullptr;
-    if (type.Is("MULTIPART", "ALTERNATIVE")) return SearchAlternative(*child);
-    if (type.Is("MULTIPART", "RELATED")) return SearchRelated(*child);
+    std::string scratch;
+    const ContentType type = child->Type(scratch);
+    if (type.Is("text")) return IsPlainLetter(*child) ? child.get() : nullptr;
+    if (type.Is("multipart", "alternative")) return SearchAlternative(*child);
+    if (type.Is("multipart", "related")) return SearchRelated(*child);
   }
   return nullptr;
 }
@@ -90,10 +89,11 @@ Bodypart* FindTextLetter(Bodypart& part) {
   // Nothing was loaded into it.
   if (part.Header.Count() == 0 && part.DataDefinitionType == kNoBody) return nullptr;
   if (IsPlainLetter(part)) return &part;
-  const ContentType type = part.Type();
-  if (type.major != "MULTIPART") return nullptr;
-  if (type.sub == "RELATED") return SearchRelated(part);
-  if (type.sub == "ALTERNATIVE") return SearchAlternative(part);
+  std::string scratch;
+  const ContentType type = part.Type(scratch);
+  if (!type.Is("multipart")) return nullptr;
+  if (type.Is("multipart", "related")) return SearchRelated(part);
+  if (type.Is("multipart", "alternative")) return SearchAlternative(part);
   return SearchMixed(part);
 }
 

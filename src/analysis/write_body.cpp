@@ -98,7 +98,7 @@ class BodyWriter {
   bool NeedsTranslation() const {
     return !request_.target_charset.empty() && !part_.Charset.empty() &&
            !EqualIgnoringCase(request_.target_charset, part_.Charset) &&
-           !SameCodePage(request_.target_charset, part_.Charset) && part_.Type().major == "TEXT";
+           !SameCodePage(request_.target_charset, part_.Charset) && part_.Is("text");
   }
 
   bool CanTranslate() const {

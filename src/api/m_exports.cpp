@@ -222,7 +222,7 @@ M_Bodypart* M_GetMessageBodypartBody(M_Bodypart* part) {
 M_Bodypart* M_CreateChildBodypart(M_Bodypart* parent) {
   // The parent reference of such a child stays null until a tree is parsed into it.
   const auto create = [](Bodypart& bodypart) {
-    return ToHandle(bodypart.AppendChild(std::make_unique<Bodypart>()));
+    return ToHandle(bodypart.AppendChild(BodypartPtr(new Bodypart)));
   };
   return RunOnBodypart("M_CreateChildBodypart", parent, static_cast<M_Bodypart*>(nullptr), create);
 }
@@ -380,7 +380,7 @@ int32_t M_MimeParameter(M_Bodypart* part, const char* field, const char* paramet
 int32_t M_GetBodypartMimeContentType(M_Bodypart* part, char* buffer, uint32_t size) {
   return RunExport("M_GetBodypartMimeContentType", [&](int&) {
     NoteBodypart(part);
-    if (part != nullptr) return CopyCut(ToBodypart(part)->Type().Full(), buffer, size);
+    if (part != nullptr) return CopyCut(ToBodypart(part)->TypeName(), buffer, size);
     CopyCut("", buffer, size);
     return 1;
   });

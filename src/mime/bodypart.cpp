@@ -3,16 +3,29 @@
 
 #include <algorithm>
 
+#include "mime/bodypart_arena.h"
 #include "platform/ascii.h"
 
 namespace mimora {
 namespace {
 
 bool IsPkcs7(const ContentType& type) {
-  return type.Is("APPLICATION", "PKCS7-MIME") || type.Is("APPLICATION", "X-PKCS7-MIME");
+  return type.Is("application", "pkcs7-mime") || type.Is("application", "x-pkcs7-mime");
 }
 
 }  // namespace
+
+void BodypartDeleter::operator()(Bodypart* part) const {
+  if (part->in_arena_) {
+    part->~Bodypart();
+  } else {
+    delete part;
+  }
+}
+
+Bodypart::Bodypart() = default;
+
+Bodypart::Bodypart(Bodypart* parent, bool in_arena) : in_arena_(in_arena), Parent(parent) {}
 
 Bodypart::~Bodypart() {
   MIMORA_CHECK_TAG_IS_FIRST(Bodypart);
@@ -23,7 +36,7 @@ Bodypart::~Bodypart() {
 
 // Moves the subparts into a list that is linked through their parent references.
 void Bodypart::ReleaseSubparts(Bodypart*& list) {
-  const auto push = [&list](std::unique_ptr<Bodypart>& part) {
+  const auto push = [&list](BodypartPtr& part) {
     if (part == nullptr) return;
     part->Parent = list;
     list = part.release();
@@ -36,11 +49,13 @@ void Bodypart::ReleaseSubparts(Bodypart*& list) {
 // One by one: destroying a deep tree from its root would need a stack as deep.
 void Bodypart::DestroySubparts() {
   Bodypart* pending = nullptr;
+  BodypartArena arena;
   ReleaseSubparts(pending);
   while (pending != nullptr) {
-    const std::unique_ptr<Bodypart> part(pending);
+    const BodypartPtr part(pending);
     pending = part->Parent;
     part->ReleaseSubparts(pending);
+    if (part->arena_ != nullptr) arena.TakeOver(*part->arena_);
   }
 }
 
@@ -59,6 +74,7 @@ void Bodypart::Clean() {
   TnefAttachments.clear();
   OwnStream = nullptr;
   OwnText = nullptr;
+  arena_ = nullptr;
 }
 
 int Bodypart::Depth() const {
@@ -71,12 +87,22 @@ FieldValue Bodypart::Field(std::string_view name) const {
   return FieldValue(Header.Find(name).value_or(""));
 }
 
-ContentType Bodypart::Type(const FieldValue& declared) const {
-  if (auto type = ParseContentType(declared)) return *std::move(type);
+ContentType Bodypart::Type(const FieldValue& declared, std::string& scratch) const {
+  if (const auto type = ParseContentType(declared, scratch)) return *type;
   // The rest of a multipart that has too many parts: it has no header of its own.
-  if (Opaque) return {"APPLICATION", "OCTET-STREAM"};
-  if (InDigest && !Header.Find("Content-Type")) return {"MESSAGE", "RFC822"};
-  return {"TEXT", "PLAIN"};
+  if (Opaque) return {"application", "octet-stream"};
+  if (InDigest && !Header.Find("Content-Type")) return {"message", "rfc822"};
+  return {"text", "plain"};
+}
+
+std::string Bodypart::TypeName() const {
+  std::string scratch;
+  return Type(scratch).Full();
+}
+
+bool Bodypart::Is(std::string_view major, std::string_view sub) const {
+  std::string scratch;
+  return Type(scratch).Is(major, sub);
 }
 
 uint32_t Bodypart::Flags() const {
@@ -85,13 +111,14 @@ uint32_t Bodypart::Flags() const {
   if (receipt && !std::all_of(receipt->begin(), receipt->end(), IsSpace)) {
     flags |= kReceiptRequested;
   }
-  const ContentType type = Type();
+  std::string scratch;
+  const ContentType type = Type(scratch);
   if (IsPkcs7(type)) {
     flags |= kPkcs7;
     const auto kind = Field("Content-Type").Parameter("smime-type");
-    if (kind && EqualIgnoringCase(*kind, "SIGNED-DATA")) flags |= kSigned;
+    if (kind && EqualIgnoringCase(*kind, "signed-data")) flags |= kSigned;
   }
-  if (type.Is("MULTIPART", "SIGNED")) flags |= kSigned;
+  if (type.Is("multipart", "signed")) flags |= kSigned;
   return flags;
 }
 
@@ -111,7 +138,12 @@ void Bodypart::AttachTo(Minstream* stream) {
   });
 }
 
-Bodypart* Bodypart::AppendChild(std::unique_ptr<Bodypart> child) {
+BodypartPtr Bodypart::MakeSubpart(Bodypart* parent) {
+  if (arena_ == nullptr) arena_ = std::make_unique<BodypartArena>();
+  return arena_->Make(parent);
+}
+
+Bodypart* Bodypart::AppendChild(BodypartPtr child) {
   if (Children.empty()) Children.reserve(2);
   return Children.emplace_back(std::move(child)).get();
 }

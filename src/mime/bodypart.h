@@ -42,10 +42,18 @@ struct EmbeddedAttachment {
   int64_t BlockLength = 0;  // uuencoded: from its "begin" line through its "end" line
 };
 
+class Bodypart;
+class BodypartArena;
+
+struct BodypartDeleter {
+  void operator()(Bodypart* part) const;
+};
+using BodypartPtr = std::unique_ptr<Bodypart, BodypartDeleter>;
+
 class Bodypart {
  public:
-  Bodypart() = default;
-  explicit Bodypart(Bodypart* parent) : Parent(parent) {}
+  Bodypart();
+  Bodypart(Bodypart* parent, bool in_arena);
   ~Bodypart();
   Bodypart(const Bodypart&) = delete;
   Bodypart& operator=(const Bodypart&) = delete;
@@ -56,9 +64,14 @@ class Bodypart {
   // Steps to the root.
   int Depth() const;
 
-  // With the defaults of RFC 2045 5.2 and RFC 2046 5.1.5. DECLARED: the field Content-Type.
-  ContentType Type() const { return Type(Field("Content-Type")); }
-  ContentType Type(const FieldValue& declared) const;
+  // Its content type, with the defaults of RFC 2045 5.2 and RFC 2046 5.1.5. DECLARED: the field
+  // Content-Type. SCRATCH may hold what is returned.
+  ContentType Type(const FieldValue& declared, std::string& scratch) const;
+  ContentType Type(std::string& scratch) const { return Type(Field("Content-Type"), scratch); }
+  // For example TEXT/PLAIN.
+  std::string TypeName() const;
+  // Without SUB: whether it is of that kind.
+  bool Is(std::string_view major, std::string_view sub = {}) const;
 
   // The first field of that name, analysed; of an empty text when there is none.
   FieldValue Field(std::string_view name) const;
@@ -69,14 +82,19 @@ class Bodypart {
   void DetachFrom(const Minstream* stream);
   void AttachTo(Minstream* stream);
 
-  Bodypart* AppendChild(std::unique_ptr<Bodypart> child);
+  // A subpart for the tree that is parsed into this part, which it must not outlive.
+  BodypartPtr MakeSubpart(Bodypart* parent);
+  Bodypart* AppendChild(BodypartPtr child);
   bool DeleteChild(const Bodypart* child);
 
   // The n-th embedded file, uuencoded ones first, counted from 1; null when there is none.
   const EmbeddedAttachment* Embedded(int32_t number) const;
 
  private:
+  friend BodypartDeleter;
+
   uint32_t tag_ = kBodypartSignature;
+  bool in_arena_ = false;
 
  public:
   DataDefinition DataDefinitionType = kNoBody;
@@ -96,8 +114,8 @@ class Bodypart {
   const void* BodyMemory = nullptr;
 
   HeaderFields Header;
-  std::vector<std::unique_ptr<Bodypart>> Children;
-  std::unique_ptr<Bodypart> EnclosedMessage;
+  std::vector<BodypartPtr> Children;
+  BodypartPtr EnclosedMessage;
   std::string ContentTransferEncoding;
   std::string Charset;  // of what is no multipart
   std::vector<EmbeddedAttachment> UuencodedBlocks;
@@ -110,6 +128,8 @@ class Bodypart {
  private:
   void ReleaseSubparts(Bodypart*& list);
   void DestroySubparts();
+
+  std::unique_ptr<BodypartArena> arena_;  // of the parts that were parsed into this one
 };
 
 // Calls VISIT for the part and all below it, a part before its children. Needs no stack in

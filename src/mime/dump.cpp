@@ -26,11 +26,10 @@ class Dump {
     while (!open_.empty()) {
       const Bodypart& part = *open_.back().part;
       const size_t next = open_.back().next++;
-      const std::string& major = open_.back().major;
-      if (major == "MULTIPART" && next < part.Children.size()) {
+      if (open_.back().multipart && next < part.Children.size()) {
         Line(part, "child bodypart " + std::to_string(next) + ":");
         Open(*part.Children[next]);
-      } else if (major == "MESSAGE" && next == 0) {
+      } else if (open_.back().message && next == 0) {
         Line(part, "body=bodypart");
         if (part.EnclosedMessage != nullptr) {
           Open(*part.EnclosedMessage);
@@ -47,12 +46,15 @@ class Dump {
  private:
   struct Level {
     const Bodypart* part;
-    std::string major;  // of its content type
-    size_t next;        // which subpart comes next
+    bool multipart;
+    bool message;
+    size_t next;  // which subpart comes next
   };
 
   void Open(const Bodypart& part) {
-    open_.push_back({&part, part.Type().major, 0});
+    std::string scratch;
+    const ContentType type = part.Type(scratch);
+    open_.push_back({&part, type.Is("multipart"), type.Is("message"), 0});
     WriteStart(part);
   }
 
@@ -82,7 +84,7 @@ class Dump {
     Line(part, "body:");
     Line(part, "  offset = " + Number(part.BodyStart));
     Line(part, "  size = " + Number(part.BodyLength));
-    if (open_.back().major == "MULTIPART") {
+    if (open_.back().multipart) {
       Line(part, "child parts count = " + std::to_string(part.Children.size()));
     }
   }

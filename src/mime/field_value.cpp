@@ -9,7 +9,6 @@
 #include "codec/charset/translate.h"
 #include "codec/charset_table.h"
 #include "diag/limits.h"
-#include "platform/ascii.h"
 #include "stream/scan.h"
 
 namespace mimora {
@@ -60,18 +59,25 @@ size_t SkipComment(std::string_view text, size_t at) {
   return std::string_view::npos;
 }
 
+// What stands between two semicolons.
+struct Piece {
+  std::string_view text;
+  size_t equals = 0;  // its first "=", npos when comments or quotation marks stand in front of it
+};
+
 // Cuts a value at its semicolons, those in comments and quoted strings left alone.
 class Splitter {
  public:
   explicit Splitter(std::string_view text) : text_(text) {}
 
-  bool Next(std::string_view& piece) {
+  bool Next(Piece& piece) {
     if (done_) return false;
     const size_t begin = at_;
+    piece.equals = FindMark() && text_[at_] == '=' ? at_ - begin : std::string_view::npos;
     // Only here a quotation mark begins a quoted string: elsewhere it may be the sign for inches.
-    size_t value = at_;
+    size_t value = begin;
     bool named = false;
-    while (FindMark() && text_[at_] != ';') {
+    for (; at_ < text_.size() && text_[at_] != ';'; FindMark()) {
       // Once something stands there it is not looked at again: there may be many marks behind it.
       if (value <= at_ && !IsSpaceFrom(value)) value = std::string_view::npos;
       const bool value_begins = value <= at_;
@@ -91,7 +97,7 @@ class Splitter {
           break;
       }
     }
-    piece = text_.substr(begin, at_ - begin);
+    piece.text = text_.substr(begin, at_ - begin);
     done_ = at_ == text_.size();
     ++at_;
     return true;
@@ -208,22 +214,23 @@ struct RawParameter {
 };
 
 // SCRATCH holds a name that had comments in it.
-std::optional<RawParameter> ParseParameter(std::string_view piece, Comments comments,
+std::optional<RawParameter> ParseParameter(const Piece& piece, Comments comments,
                                            std::string& scratch) {
   const bool some = comments != Comments::kNowhere;
+  const std::string_view text = piece.text;
   bool commented = false;
-  size_t equals = 0;
+  size_t equals = piece.equals != std::string_view::npos ? piece.equals : 0;
   for (;;) {
-    const char* const mark = FindAnyOf<'=', '('>(piece.data() + equals, piece.end());
-    if (mark == piece.end()) return std::nullopt;
-    equals = static_cast<size_t>(mark - piece.data());
+    const char* const mark = FindAnyOf<'=', '('>(text.data() + equals, text.end());
+    if (mark == text.end()) return std::nullopt;
+    equals = static_cast<size_t>(mark - text.data());
     if (*mark == '=') break;
     commented |= some;
-    equals = some ? std::min(SkipComment(piece, equals), piece.size()) : equals + 1;
+    equals = some ? std::min(SkipComment(text, equals), text.size()) : equals + 1;
   }
-  std::string_view name = piece.substr(0, equals);
+  std::string_view name = text.substr(0, equals);
   if (commented) name = scratch = WithoutComments(name, Comments::kAnywhere);
-  return RawParameter{Trim(name), piece.substr(equals + 1), comments};
+  return RawParameter{Trim(name), text.substr(equals + 1), comments};
 }
 
 // A parameter in its extended form, or a piece of one.
@@ -293,10 +300,10 @@ std::string_view FieldValue::Main(std::string& scratch) const {
   const char* const stop = FindAnyOf<';', '"', '(', '\r', '\n'>(text_.begin(), text_.end());
   if (stop == text_.end() || *stop == ';') return Trim({text_.begin(), stop});
   Splitter pieces(text_);
-  std::string_view main;
+  Piece main;
   pieces.Next(main);
   const Comments comments = pieces.HasComments() ? Comments::kAnywhere : Comments::kNowhere;
-  return PlainText(main, comments, scratch);
+  return PlainText(main.text, comments, scratch);
 }
 
 std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
@@ -304,7 +311,7 @@ std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
   std::optional<ParameterText> plain;
   std::vector<Section> sections;
   Splitter pieces(text_);
-  std::string_view piece;
+  Piece piece;
   std::string name_scratch;
   for (pieces.Next(piece); pieces.Next(piece);) {
     const Comments comments = pieces.HasComments() ? Comments::kAroundWords : Comments::kNowhere;
@@ -342,8 +349,9 @@ std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
   return std::string(parameter->text);
 }
 
-std::optional<ContentType> ParseContentType(const FieldValue& value) {
-  std::string scratch;
+std::string ContentType::Full() const { return UpperCase(major) + "/" + UpperCase(sub); }
+
+std::optional<ContentType> ParseContentType(const FieldValue& value, std::string& scratch) {
   const std::string_view main = value.Main(scratch);
   const size_t slash = main.find('/');
   if (slash == std::string_view::npos) return std::nullopt;
@@ -353,7 +361,7 @@ std::optional<ContentType> ParseContentType(const FieldValue& value) {
   static constexpr CharacterSet kEndsSub([](char c) { return IsBlank(c) || c == ','; });
   sub = {sub.begin(), kEndsSub.Find(sub.begin(), sub.end())};
   if (major.empty() || sub.empty()) return std::nullopt;
-  return ContentType{UpperCase(major), UpperCase(sub)};
+  return ContentType{major, sub};
 }
 
 }  // namespace mimora

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/ascii.h"
+
 namespace mimora {
 
 struct ParameterText {
@@ -40,19 +42,22 @@ class FieldValue {
   std::string_view text_;
 };
 
-// A content type in upper case, for example TEXT and PLAIN.
+// A content type as the message writes it, for example Text and plain.
 struct ContentType {
-  std::string major;
-  std::string sub;
+  std::string_view major;
+  std::string_view sub;
 
-  std::string Full() const { return major + "/" + sub; }
-  bool Is(std::string_view a_major, std::string_view a_sub) const {
-    return major == a_major && sub == a_sub;
+  // In upper case, with a slash.
+  std::string Full() const;
+  // Without A_SUB: whether it is of that kind.
+  bool Is(std::string_view a_major, std::string_view a_sub = {}) const {
+    return EqualIgnoringCase(major, a_major) && (a_sub.empty() || EqualIgnoringCase(sub, a_sub));
   }
 };
 
-// The type in a Content-Type value; nothing when it is not of the form major/sub.
-std::optional<ContentType> ParseContentType(const FieldValue& value);
+// The type in a Content-Type value; nothing when it is not of the form major/sub. SCRATCH holds it
+// when it does not stand like that in the text.
+std::optional<ContentType> ParseContentType(const FieldValue& value, std::string& scratch);
 
 }  // namespace mimora
 

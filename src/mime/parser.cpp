@@ -53,7 +53,7 @@ std::string_view Delimiter(const FieldValue& type, std::string& scratch) {
 
 class Parser {
  public:
-  explicit Parser(Minstream& in) : in_(in) {}
+  Parser(Minstream& in, Bodypart& root) : in_(in), root_(root) {}
 
   Result LoadPart(Bodypart& part, int level) {
     const Result header = ParseHeader(part);
@@ -91,6 +91,7 @@ class Parser {
   Result ReadResult() const { return in_.GetError() == 0 ? kOk : kReadFailed; }
 
   Minstream& in_;
+  Bodypart& root_;
   std::string scratch_;
   int parts_ = 0;  // the message itself not counted
   size_t header_fields_ = 0;
@@ -127,22 +128,24 @@ Result Parser::ParseHeader(Bodypart& part) {
 
 Result Parser::ParseBody(Bodypart& part, const FieldValue& declared, int level) {
   Result result = kOk;
-  const ContentType type = part.Type(declared);
-  if (type.major != "MULTIPART") {
+  std::string type_scratch;
+  const ContentType type = part.Type(declared, type_scratch);
+  const bool multipart = type.Is("multipart");
+  const bool message = type.Is("message");
+  if (!multipart) {
     const auto charset = declared.FindParameter("charset", scratch_);
     part.Charset = charset ? charset->text : std::string_view();
   }
-  if (type.major == "MULTIPART") {
-    result = ParseMultipart(part, declared, type.sub == "DIGEST", level);
-  } else if (type.major == "MESSAGE") {
+  if (multipart) {
+    result = ParseMultipart(part, declared, type.Is("multipart", "digest"), level);
+  } else if (message) {
     result = ParseMessage(part, level);
   } else {
     result = ParseLeaf(part, type);
   }
-  const bool composite = (type.major == "MULTIPART" || type.major == "MESSAGE") && !part.Opaque;
   EndBody(part);
   // A composite body has no transfer encoding of its own (RFC 2045 6.4).
-  if (composite) part.DecodedSize = part.BodyLength;
+  if ((multipart || message) && !part.Opaque) part.DecodedSize = part.BodyLength;
   return result;
 }
 
@@ -175,7 +178,7 @@ Result Parser::ParseMultipart(Bodypart& part, const FieldValue& declared, bool d
 Result Parser::ParseChildren(Bodypart& part, bool digest, int level) {
   while (in_.InnermostHit() && !in_.ClosingHit()) {
     in_.ClearBoundaryHit();
-    Bodypart& child = *part.AppendChild(std::make_unique<Bodypart>(&part));
+    Bodypart& child = *part.AppendChild(root_.MakeSubpart(&part));
     child.InDigest = digest;
     if (TooManyParts()) {
       ParseRest(child);
@@ -207,7 +210,7 @@ Result Parser::ParseMessage(Bodypart& part, int level) {
     return CountDecoded(part);
   }
   ++parts_;
-  part.EnclosedMessage = std::make_unique<Bodypart>(&part);
+  part.EnclosedMessage = root_.MakeSubpart(&part);
   const Result result = LoadPart(*part.EnclosedMessage, level + 1);
   return IsTolerated(result) ? kOk : result;
 }
@@ -215,11 +218,11 @@ Result Parser::ParseMessage(Bodypart& part, int level) {
 // ---- Leaves -------------------------------------------------------------------------------
 
 Result Parser::ParseLeaf(Bodypart& part, const ContentType& type) {
-  if (type.Is("APPLICATION", "MS-TNEF")) return ParseTnef(part);
+  if (type.Is("application", "ms-tnef")) return ParseTnef(part);
   const TransferEncoding encoding = FindTransferEncoding(part.ContentTransferEncoding);
   const bool encoded =
       encoding == TransferEncoding::kBase64 || encoding == TransferEncoding::kQuotedPrintable;
-  if (type.Is("TEXT", "PLAIN") && !encoded) return ParseText(part);
+  if (type.Is("text", "plain") && !encoded) return ParseText(part);
   return CountDecoded(part);
 }
 
@@ -273,7 +276,7 @@ namespace {
 
 Result Parse(Bodypart& part, Minstream& in) {
   in.SetBoundary({});
-  return Parser(in).LoadPart(part, part.Depth());
+  return Parser(in, part).LoadPart(part, part.Depth());
 }
 
 }  // namespace

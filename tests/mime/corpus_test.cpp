@@ -26,7 +26,7 @@ void ExpectText(const json& want, const std::string& got, const char* what) {
 
 void ExpectTree(const json& want, const Bodypart& part, const std::string& place) {
   SCOPED_TRACE("part " + place);
-  ExpectText(want["type"], part.Type().Full(), "type");
+  ExpectText(want["type"], part.TypeName(), "type");
   ExpectNumber(want["header"][0], part.PartStart, "header position");
   ExpectNumber(want["header"][1], part.HeaderSize, "header size");
   ExpectNumber(want["body"][0], part.BodyStart, "body position");

@@ -88,7 +88,8 @@ TEST(ParseContentType, NeedsMajorAndSub) {
       {"", ""},
   };
   for (const auto& [text, want] : cases) {
-    const auto type = ParseContentType(FieldValue(text));
+    std::string scratch;
+    const auto type = ParseContentType(FieldValue(text), scratch);
     EXPECT_EQ(type ? type->Full() : "", want) << text;
   }
 }

@@ -15,7 +15,7 @@ namespace mimora::testing {
 
 inline std::string TreeText(const Bodypart& part) {
   const auto number = [](int64_t value) { return std::to_string(value); };
-  std::string text = part.Type().Full() + " " + number(part.PartStart) + "+" +
+  std::string text = part.TypeName() + " " + number(part.PartStart) + "+" +
                      number(part.HeaderSize) + "+" + number(part.BodyLength);
   if (part.BodyStart != part.PartStart + part.HeaderSize) text += " at " + number(part.BodyStart);
   if (part.DecodedSize != part.BodyLength) text += " =" + number(part.DecodedSize);
