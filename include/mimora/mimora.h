@@ -229,7 +229,8 @@ MIMORA_API void M_PrintBodypart(M_Bodypart *part);
  * beyond 10,000 parts the rest of a multipart becomes one last leaf. Beyond
  * 10,000 listed files in a message further ones stay in their bodies, and beyond
  * 100,000 header fields a header lists only those that tell what its body is.
- * Of one parameter 10,000 pieces (RFC 2231) are joined.
+ * Of one parameter 10,000 pieces (RFC 2231) are joined. The error log tells of
+ * levels, parts and fields beyond the limits.
  *
  * part    receives the tree; it may be a part inside a message.
  * in      the stream; the tree refers to it, so it must outlive the tree

@@ -8,6 +8,7 @@
 #include "codec/transfer_encoding.h"
 #include "codec/uuencode.h"
 #include "diag/limits.h"
+#include "diag/log.h"
 #include "mime/header_builder.h"
 #include "mime/tnef.h"
 #include "platform/ascii.h"
@@ -55,6 +56,11 @@ class Parser {
  public:
   Parser(Minstream& in, Bodypart& root) : in_(in), root_(root) {}
 
+  // Tells the log of what lies beyond the limits.
+  void Log() const {
+    if (unseen_ > 0) LogError("<E> %d parts at the limits, their structure is not seen", unseen_);
+  }
+
   Result LoadPart(Bodypart& part, int level) {
     const Result header = ParseHeader(part);
     const FieldValue type = part.Field("Content-Type");
@@ -93,7 +99,8 @@ class Parser {
   Minstream& in_;
   Bodypart& root_;
   std::string scratch_;
-  int parts_ = 0;  // the message itself not counted
+  int parts_ = 0;   // the message itself not counted
+  int unseen_ = 0;  // whose structure is beyond the limits
   size_t header_fields_ = 0;
   size_t embedded_files_ = 0;
 };
@@ -161,6 +168,7 @@ Result Parser::ParseMultipart(Bodypart& part, const FieldValue& declared, bool d
   if (delimiter.empty() || !MayHaveSubparts(level)) {
     part.Opaque = true;
     const bool has_boundary = !delimiter.empty();
+    if (has_boundary) ++unseen_;
     const Result result = CountDecoded(part);
     return result == kOk && !has_boundary ? kNoBoundary : result;
   }
@@ -194,6 +202,7 @@ Result Parser::ParseChildren(Bodypart& part, bool digest, int level) {
 // Makes one leaf of everything up to the end of the multipart.
 void Parser::ParseRest(Bodypart& part) {
   part.Opaque = true;
+  ++unseen_;
   part.PartStart = part.BodyStart = in_.Position();
   in_.Skip();
   while (in_.InnermostHit() && !in_.ClosingHit()) {
@@ -207,6 +216,7 @@ void Parser::ParseRest(Bodypart& part) {
 Result Parser::ParseMessage(Bodypart& part, int level) {
   if (!MayHaveSubparts(level) || TooManyParts()) {
     part.Opaque = true;
+    ++unseen_;
     return CountDecoded(part);
   }
   ++parts_;
@@ -276,7 +286,10 @@ namespace {
 
 Result Parse(Bodypart& part, Minstream& in) {
   in.SetBoundary({});
-  return Parser(in, part).LoadPart(part, part.Depth());
+  Parser parser(in, part);
+  const Result result = parser.LoadPart(part, part.Depth());
+  parser.Log();
+  return result;
 }
 
 }  // namespace

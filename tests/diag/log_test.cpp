@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "diag/checks.h"
+#include "diag/limits.h"
 #include "mimora/mimora.h"
 #include "support/process.h"
 
@@ -147,16 +148,28 @@ TEST(Log, PrefixTellsLocalTimeProcessAndThreadAlsoOfAForkedChild) {
 
 // ---- What mail and callers do wrong -------------------------------------------------------------
 
-TEST(Log, TellsOfHeaderLinesThatArePassedOverOncePerHeader) {
-  const auto work = [] {
-    constexpr std::string_view kMessage = "To: a\nno\x1B[31msense\nmore\nCc: b\n\nx";
-    M_Bodypart* part = M_CreateMessage();
-    M_LoadBodypartFromBuffer(part, kMessage.data(), static_cast<int32_t>(kMessage.size()));
-    ShowLog();
-    M_DestroyMessage(part);
+TEST(Log, TellsWhatOfAMessageIsNotSeen) {
+  std::string deep;
+  for (int level = 0; level <= kDeepestLevel; ++level) deep += "Content-Type: message/rfc822\n\n";
+  const struct {
+    const char* name;
+    std::string message, want;
+  } cases[] = {
+      {"header lines, once a header", "To: a\nno\x1B[31msense\nmore\nCc: b\n\nx",
+       "@<E> 2 header lines that are no fields, or too many, the first: no.[31msense\n"},
+      {"nothing", deep, ""},
+      {"a level", "Content-Type: message/rfc822\n\n" + deep,
+       "@<E> 1 parts at the limits, their structure is not seen\n"},
   };
-  ExpectShown("", "l", work,
-              "@<E> 2 header lines that are no fields, or too many, the first: no.[31msense\n");
+  for (const auto& c : cases) {
+    const auto work = [&c] {
+      M_Bodypart* part = M_CreateMessage();
+      M_LoadBodypartFromBuffer(part, c.message.data(), static_cast<int32_t>(c.message.size()));
+      ShowLog();
+      M_DestroyMessage(part);
+    };
+    ExpectShown(c.name, "l", work, c.want);
+  }
 }
 
 TEST(Log, TellsOfAStreamThatAnotherThreadPositioned) {
