@@ -390,7 +390,9 @@ bool Minstream::ReadLine(std::string_view& line, LineEnd* line_end) {
                         : stop[1] == '\n' ? LineEnd::kCrLf
                                           : LineEnd::kCr;
   const char* const next = stop + (found == LineEnd::kCrLf ? 2 : 1);
-  if ((last_character_ == '\n' && !IsPlainAt(begin, end)) || !IsPlainAt(next, end)) {
+  // Behind a lone CR no delimiter line begins, but its line end may.
+  const bool goes_on = found == LineEnd::kCr ? *next != '\r' : IsPlainAt(next, end);
+  if (!goes_on || (last_character_ == '\n' && !IsPlainAt(begin, end))) {
     return ReadLineInPieces(line, line_end);
   }
   if (line_end != nullptr) *line_end = found;

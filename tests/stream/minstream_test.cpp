@@ -39,6 +39,7 @@ TEST(ReadLine, GivesTheSameLinesFromEverySource) {
       {"zeros", "a\0b\n"s, "", "a\0b\n|"s},
       {"in front of a delimiter", "A\r\n--b\r\nB", "--b", "A|"},
       {"empty line in front of a delimiter", "A\r\n\r\n--b\r\nB", "--b", "A\r\n||"},
+      {"lone CR in front of a delimiter", "A\r\r\n--b\r\nB", "--b", "A\r|"},
       {"delimiter at the very start", "--b\r\nB", "--b", ""},
       {"delimiter text that goes on", "A\n--bx\nB", "--b", "A\n|--bx\n|B|"},
       {"delimiter text behind a lone CR", "A\r--b\nB", "--b", "A\r|--b\n|B|"},
