@@ -13,9 +13,6 @@
 namespace mimora {
 namespace {
 
-// Runs of a memory stream are cut here, so that who reads them finds them still in the cache.
-constexpr int64_t kLongestRun = 32768;
-
 constexpr int64_t kLongestLineEnd = 2;
 
 // One read never asks for more.
@@ -285,11 +282,12 @@ void Minstream::ReadRestOfLine() {
   }
 }
 
-// How many bytes from the index on, whose byte is known to be plain, can be no part of a delimiter.
-int64_t Minstream::PlainLength() {
+// How many bytes from the index on, whose byte is known to be plain, can be no part of a delimiter;
+// at most LONGEST.
+int64_t Minstream::PlainLength(int64_t longest) {
   const char* begin = data_ + index_;
   const char* end = data_ + EffectiveEnd();
-  const char* stop = begin + std::min<int64_t>(end - begin, kLongestRun);
+  const char* stop = begin + std::min<int64_t>(end - begin, longest);
   if (delimiters_.Empty()) return stop - begin;
   // A line end that may belong to a delimiter is not cut, and not handed out while the bytes
   // behind it are not in view.
@@ -316,11 +314,11 @@ int64_t Minstream::PlainLength() {
   }
 }
 
-bool Minstream::FindPlainRun() {
+bool Minstream::FindPlainRun(int64_t longest) {
   CheckOwner();
   if (!ok_ || hit_ || !Ensure(1)) return false;
   if (!delimiters_.Empty() && HitAtIndex()) return false;
-  plain_ = index_ + PlainLength();
+  plain_ = index_ + PlainLength(longest);
   return true;
 }
 
@@ -409,7 +407,7 @@ bool Minstream::ReadLineInPieces(std::string_view& line, LineEnd* line_end) {
   bool complete = false;
   bool any = false;
   while (!complete) {
-    const std::string_view run = NextRun();
+    const std::string_view run = NextRun(kShortRun);
     if (run.empty()) {
       // The end of an empty line may be the one in front of a delimiter: that is a line, too.
       any = !line_.empty() || (hit_ && !hit_before && hit_line_end_ > 0);
@@ -423,8 +421,7 @@ bool Minstream::ReadLineInPieces(std::string_view& line, LineEnd* line_end) {
     Take(length + (complete ? 1 : 0));
     if (!complete) continue;
     found = *end == '\n' ? LineEnd::kLf : LineEnd::kCr;
-    char next = 0;
-    if (found == LineEnd::kCr && PeekChar(next) && next == '\n') {
+    if (found == LineEnd::kCr && NextRun(kShortRun).starts_with('\n')) {
       found = LineEnd::kCrLf;
       Take(1);
     }

@@ -75,10 +75,7 @@ class Minstream {
 
   // The bytes that can be delivered now, without a copy: at least one, unless nothing is left.
   // They are not taken yet. The view lives until the next operation other than Take.
-  std::string_view NextRun() {
-    if (plain_ <= index_ && !FindPlainRun()) return {};
-    return {data_ + index_, static_cast<size_t>(plain_ - index_)};
-  }
+  std::string_view NextRun() { return NextRun(kLongestRun); }
 
   // Takes the first COUNT bytes (at least 1) of that run.
   void Take(size_t count) {
@@ -152,6 +149,17 @@ class Minstream {
 
   static constexpr int64_t kNowhere = -1;
 
+  // Runs of a memory stream are cut here, so that who reads them finds them still in the cache.
+  static constexpr int64_t kLongestRun = 32768;
+  // For a line: a delimiter that is armed behind it makes worthless what was found out about the
+  // bytes ahead, and many parts may stand there, each in another.
+  static constexpr int64_t kShortRun = 1024;
+
+  std::string_view NextRun(int64_t longest) {
+    if (plain_ <= index_ && !FindPlainRun(longest)) return {};
+    return {data_ + index_, static_cast<size_t>(plain_ - index_)};
+  }
+
   void LogCreation(int64_t size) const;
   void AllocateBuffer(int64_t size);
   bool Grow(int64_t capacity);
@@ -170,9 +178,9 @@ class Minstream {
   // Brings COUNT bytes into view behind the index, as far as there are any.
   bool Ensure(int64_t count) { return EffectiveEnd() - index_ >= count || FillUpTo(count); }
   bool FillUpTo(int64_t count);
-  bool FindPlainRun();
+  bool FindPlainRun(int64_t longest);
   bool ReadLineInPieces(std::string_view& line, LineEnd* line_end);
-  int64_t PlainLength();
+  int64_t PlainLength(int64_t longest);
   void ForgetRun();
   int64_t LineEndSizeAt(int64_t skip);
   bool HitAtIndex();
