@@ -62,7 +62,7 @@ size_t SkipComment(std::string_view text, size_t at) {
 // What stands between two semicolons.
 struct Piece {
   std::string_view text;
-  size_t equals = 0;  // its first "=", npos when comments or quotation marks stand in front of it
+  size_t equals = 0;  // no "=" stands in front of this place
 };
 
 // Cuts a value at its semicolons, those in comments and quoted strings left alone.
@@ -73,7 +73,7 @@ class Splitter {
   bool Next(Piece& piece) {
     if (done_) return false;
     const size_t begin = at_;
-    piece.equals = FindMark() && text_[at_] == '=' ? at_ - begin : std::string_view::npos;
+    piece.equals = FindMark() && text_[at_] == '=' ? at_ - begin : 0;
     // Only here a quotation mark begins a quoted string: elsewhere it may be the sign for inches.
     size_t value = begin;
     bool named = false;
@@ -219,7 +219,7 @@ std::optional<RawParameter> ParseParameter(const Piece& piece, Comments comments
   const bool some = comments != Comments::kNowhere;
   const std::string_view text = piece.text;
   bool commented = false;
-  size_t equals = piece.equals != std::string_view::npos ? piece.equals : 0;
+  size_t equals = piece.equals;
   for (;;) {
     const char* const mark = FindAnyOf<'=', '('>(text.data() + equals, text.end());
     if (mark == text.end()) return std::nullopt;
