@@ -115,7 +115,7 @@ M_Bodypart* M_CreateMessage() {
 int32_t M_DestroyMessage(M_Bodypart* part) {
   return RunExport("M_DestroyMessage", [&](int&) {
     if (part != nullptr) NoteBodypart(part);
-    delete ToBodypart(part);
+    const BodypartPtr destroyed(ToBodypart(part));
     return 0;
   });
 }
