@@ -208,9 +208,11 @@ void LoadBuffer(Answers& answers) {
   });
 }
 
-void LoadString(Answers& answers) {
-  LoadAndDescribe(answers, [](M_Bodypart* message) {
-    return M_LoadBodypartFromString(message, Mail().c_str(), -1);
+void LoadStringIntoAPart(Answers& answers) {
+  LoadAndDescribe(answers, [&](M_Bodypart* message) {
+    answers.Status(M_LoadBodypartFromString(message, Mail().c_str(), -1));
+    M_Bodypart* const part = answers.Made(M_GetNthChildBodypart(message, 0));
+    return M_LoadBodypartFromString(part, Mail().c_str(), -1);
   });
 }
 
@@ -493,7 +495,7 @@ void SignAndEncrypt(Answers& answers) {
 
 constexpr Operation kOperations[] = {
     {"load a buffer", LoadBuffer},
-    {"load a string", LoadString},
+    {"load a string into a part of another", LoadStringIntoAPart},
     {"load through a read callback", LoadThroughRead},
     {"load through a read-pointer callback", LoadThroughReadPtr},
     {"load a file", LoadFile},
