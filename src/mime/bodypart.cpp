@@ -49,7 +49,7 @@ void Bodypart::ReleaseSubparts(Bodypart*& list) {
 // One by one: destroying a deep tree from its root would need a stack as deep.
 void Bodypart::DestroySubparts() {
   Bodypart* pending = nullptr;
-  BodypartArena arena;
+  BodypartArena arena;  // of the parts that were loaded on their own: theirs may still be pending
   ReleaseSubparts(pending);
   while (pending != nullptr) {
     const BodypartPtr part(pending);

@@ -22,7 +22,7 @@ class BodypartArena {
     return BodypartPtr(new (blocks_.front().slots[--free_]) Bodypart(parent, true));
   }
 
-  // The rooms of the other, with the parts in them.
+  // Takes the blocks of the other, with the parts in them.
   void TakeOver(BodypartArena& other) {
     other.free_ = 0;
     blocks_.splice_after(blocks_.before_begin(), other.blocks_);

@@ -380,6 +380,7 @@ bool Minstream::PeekChar(char& c) {
 
 bool Minstream::ReadLine(std::string_view& line, LineEnd* line_end) {
   CheckOwner();
+  // No run is needed for a line that is in view together with what follows it.
   const char* const begin = data_ + index_;
   const char* const end = data_ + EffectiveEnd();
   const char* const stop = ok_ && !hit_ ? FindLineEnd(begin, end) : end;
