@@ -371,13 +371,6 @@ bool Minstream::GetChar(char& c) {
   return true;
 }
 
-bool Minstream::PeekChar(char& c) {
-  const std::string_view run = NextRun();
-  if (run.empty()) return false;
-  c = run.front();
-  return true;
-}
-
 bool Minstream::ReadLine(std::string_view& line, LineEnd* line_end) {
   CheckOwner();
   // No run is needed for a line that is in view together with what follows it.

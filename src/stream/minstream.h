@@ -84,7 +84,6 @@ class Minstream {
   }
 
   bool GetChar(char& c);
-  bool PeekChar(char& c);
 
   // A line without its line end, which may be CR LF, LF or a lone CR. The view lives until the
   // next operation. False when there is no line.
