@@ -372,7 +372,6 @@ bool Minstream::GetChar(char& c) {
 }
 
 bool Minstream::ReadLine(std::string_view& line, LineEnd* line_end) {
-  CheckOwner();
   // No run is needed for a line that is in view together with what follows it.
   const char* const begin = data_ + index_;
   const char* const end = data_ + EffectiveEnd();
@@ -387,6 +386,7 @@ bool Minstream::ReadLine(std::string_view& line, LineEnd* line_end) {
   if (!goes_on || (last_character_ == '\n' && !IsPlainAt(begin, end))) {
     return ReadLineInPieces(line, line_end);
   }
+  CheckOwner();
   if (line_end != nullptr) *line_end = found;
   line = {begin, stop};
   Take(static_cast<size_t>(next - begin));
