@@ -23,8 +23,6 @@ void BodypartDeleter::operator()(Bodypart* part) const {
   }
 }
 
-Bodypart::Bodypart() = default;
-
 Bodypart::Bodypart(Bodypart* parent, bool in_arena) : in_arena_(in_arena), Parent(parent) {}
 
 Bodypart::~Bodypart() {

@@ -52,8 +52,7 @@ using BodypartPtr = std::unique_ptr<Bodypart, BodypartDeleter>;
 
 class Bodypart {
  public:
-  Bodypart();
-  Bodypart(Bodypart* parent, bool in_arena);
+  explicit Bodypart(Bodypart* parent = nullptr, bool in_arena = false);
   ~Bodypart();
   Bodypart(const Bodypart&) = delete;
   Bodypart& operator=(const Bodypart&) = delete;

@@ -79,6 +79,7 @@ class Parser {
   Result ParseMultipart(Bodypart& part, const FieldValue& declared, bool digest, int level);
   Result ParseChildren(Bodypart& part, bool digest, int level);
   Result ParseMessage(Bodypart& part, int level);
+  Result ParseUnseen(Bodypart& part);
   Result ParseLeaf(Bodypart& part, const ContentType& type);
   Result ParseText(Bodypart& part);
   Result ParseTnef(Bodypart& part);
@@ -144,7 +145,7 @@ Result Parser::ParseBody(Bodypart& part, const FieldValue& declared, int level) 
     part.Charset = charset ? charset->text : std::string_view();
   }
   if (multipart) {
-    result = ParseMultipart(part, declared, type.Is("multipart", "digest"), level);
+    result = ParseMultipart(part, declared, EqualIgnoringCase(type.sub, "digest"), level);
   } else if (message) {
     result = ParseMessage(part, level);
   } else {
@@ -165,13 +166,12 @@ void Parser::EndBody(Bodypart& part) {
 
 Result Parser::ParseMultipart(Bodypart& part, const FieldValue& declared, bool digest, int level) {
   const std::string_view delimiter = Delimiter(declared, scratch_);
-  if (delimiter.empty() || !MayHaveSubparts(level)) {
+  if (delimiter.empty()) {
     part.Opaque = true;
-    const bool has_boundary = !delimiter.empty();
-    if (has_boundary) ++unseen_;
     const Result result = CountDecoded(part);
-    return result == kOk && !has_boundary ? kNoBoundary : result;
+    return result == kOk ? kNoBoundary : result;
   }
+  if (!MayHaveSubparts(level)) return ParseUnseen(part);
   Result result = kOk;
   {
     const BoundaryScope scope(in_, delimiter);
@@ -213,12 +213,15 @@ void Parser::ParseRest(Bodypart& part) {
   part.DecodedSize = part.BodyLength;
 }
 
+// A part that has subparts beyond the limits.
+Result Parser::ParseUnseen(Bodypart& part) {
+  part.Opaque = true;
+  ++unseen_;
+  return CountDecoded(part);
+}
+
 Result Parser::ParseMessage(Bodypart& part, int level) {
-  if (!MayHaveSubparts(level) || TooManyParts()) {
-    part.Opaque = true;
-    ++unseen_;
-    return CountDecoded(part);
-  }
+  if (!MayHaveSubparts(level) || TooManyParts()) return ParseUnseen(part);
   ++parts_;
   part.EnclosedMessage = root_.MakeSubpart(&part);
   const Result result = LoadPart(*part.EnclosedMessage, level + 1);

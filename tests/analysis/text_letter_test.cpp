@@ -105,7 +105,7 @@ TEST(FindTextLetter, NeedsNoStackForDeepTrees) {
   Bodypart* part = &root;
   for (int i = 0; i < 100'000; ++i) {
     part->Header.Append("Content-Type", "multipart/alternative; boundary=b");
-    part = part->AppendChild(BodypartPtr(new Bodypart(part, false)));
+    part = part->AppendChild(BodypartPtr(new Bodypart(part)));
   }
   EXPECT_EQ(FindTextLetter(root), part);
 }
