@@ -151,6 +151,8 @@ TEST(Log, PrefixTellsLocalTimeProcessAndThreadAlsoOfAForkedChild) {
 TEST(Log, TellsWhatOfAMessageIsNotSeen) {
   std::string deep;
   for (int level = 0; level <= kDeepestLevel; ++level) deep += "Content-Type: message/rfc822\n\n";
+  std::string wide = "Content-Type: multipart/mixed; boundary=b\n\n";
+  for (int part = 0; part <= kMostParts; ++part) wide += "--b\n\n";
   const struct {
     const char* name;
     std::string message, want;
@@ -160,6 +162,7 @@ TEST(Log, TellsWhatOfAMessageIsNotSeen) {
       {"nothing", deep, ""},
       {"a level", "Content-Type: message/rfc822\n\n" + deep,
        "@<E> 1 parts at the limits, their structure is not seen\n"},
+      {"the rest", wide, "@<E> 1 parts at the limits, their structure is not seen\n"},
   };
   for (const auto& c : cases) {
     const auto work = [&c] {
