@@ -42,13 +42,12 @@ DelimiterMatch MatchTail(const char* p, int64_t available, bool at_end) {
   return match;
 }
 
-constexpr int64_t kTailSize = sizeof(uint64_t);
+constexpr size_t kSampled = sizeof(uint64_t);
 
-// The last bytes of a text that ends at END and has at least as many.
-uint64_t TailOf(const char* end) {
-  uint64_t tail = 0;
-  std::memcpy(&tail, end - kTailSize, sizeof tail);
-  return tail;
+uint64_t Load(const char* p) {
+  uint64_t bytes = 0;
+  std::memcpy(&bytes, p, kSampled);
+  return bytes;
 }
 
 }  // namespace
@@ -58,38 +57,64 @@ void Delimiters::Clear() {
   texts_.clear();
 }
 
+bool Delimiters::Sample::Fits(const char* line) const {
+  return ((Load(line + start) ^ bytes) & mask) == 0;
+}
+
+// COUNT bytes from START on.
+Delimiters::Sample Delimiters::SampleOf(std::string_view delimiter, size_t start, size_t count) {
+  static constexpr char kOnesAndZeros[2 * kSampled] = {-1, -1, -1, -1, -1, -1, -1, -1};
+  const char* const from = delimiter.data() + start;
+  Sample sample{start, 0, Load(kOnesAndZeros + kSampled - count)};
+  if (start + kSampled <= delimiter.size()) {
+    sample.bytes = Load(from);
+  } else {
+    std::memcpy(&sample.bytes, from, count);
+  }
+  return sample;
+}
+
+// How many bytes, as far as a sample goes, it has at its start in common with all in force.
+size_t Delimiters::SharedWith(std::string_view delimiter) const {
+  if (stack_.empty()) return std::min(delimiter.size(), kSampled);
+  const std::string_view outer = Innermost();
+  const size_t most = std::min(delimiter.size(), stack_.back().shared);
+  size_t shared = 0;
+  while (shared < most && outer[shared] == delimiter[shared]) ++shared;
+  return shared;
+}
+
+// Whether one in force is longer and begins with it.
+bool Delimiters::BeginsAnother(std::string_view delimiter) const {
+  if (stack_.empty() || stack_.back().longest <= delimiter.size()) return false;
+  const size_t last = delimiter.size() - 1;
+  for (size_t level = 0; level < stack_.size(); ++level) {
+    const std::string_view other = At(level);
+    if (other.size() <= delimiter.size() || other[last] != delimiter[last]) continue;
+    if (other.starts_with(delimiter)) return true;
+  }
+  return false;
+}
+
 void Delimiters::Push(std::string_view delimiter) {
-  const bool has_tail = std::ssize(delimiter) >= kTailSize;
-  const uint64_t tail = has_tail ? TailOf(delimiter.data() + delimiter.size()) : 0;
-  size_t longest = delimiter.size();
-  size_t shared = delimiter.size();
-  if (!stack_.empty()) {
-    longest = std::max(longest, stack_.back().longest);
-    const std::string_view outer = Innermost().substr(0, stack_.back().shared);
-    shared = static_cast<size_t>(
-        std::mismatch(outer.begin(), outer.end(), delimiter.begin(), delimiter.end()).first -
-        outer.begin());
-  }
-  bool begins_another = false;
-  const size_t levels = longest > delimiter.size() ? stack_.size() : 0;
-  for (size_t level = 0; level < levels && !begins_another; ++level) {
-    begins_another = stack_[level].size > delimiter.size() && At(level).starts_with(delimiter);
-  }
-  const size_t start = stack_.empty() ? 0 : stack_.back().start + stack_.back().size;
-  texts_.resize(start);  // more is there when memory ran out here
+  const size_t size = delimiter.size();
+  const size_t shared = SharedWith(delimiter);
+  const size_t in_tail = std::min(size, kSampled);
+  const Delimiter added{.start = stack_.empty() ? 0 : stack_.back().start + stack_.back().size,
+                        .size = size,
+                        .longest = stack_.empty() ? size : std::max(size, stack_.back().longest),
+                        .begins_another = BeginsAnother(delimiter),
+                        .shared = shared,
+                        .head = SampleOf(delimiter, 0, shared),
+                        .tail = SampleOf(delimiter, size - in_tail, in_tail)};
+  texts_.resize(added.start);  // more is there when memory ran out here
   texts_ += delimiter;
-  stack_.push_back({start, delimiter.size(), longest, shared, tail, begins_another});
+  stack_.push_back(added);
 }
 
 void Delimiters::Pop() {
   texts_.resize(stack_.back().start);
   stack_.pop_back();
-}
-
-// Whether it is not even worth comparing.
-bool Delimiters::DiffersInTail(const Delimiter& delimiter, const char* p, int64_t available) {
-  const auto length = static_cast<int64_t>(delimiter.size);
-  return available >= length && length >= kTailSize && TailOf(p + length) != delimiter.tail;
 }
 
 DelimiterMatch Delimiters::MatchOne(size_t level, const char* p, int64_t available,
@@ -111,17 +136,19 @@ DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end,
                                  size_t levels) const {
   DelimiterMatch best;
   size_t best_length = 0;
+  const auto differs = [&](const Sample& sample) {
+    return available >= sample.End() && !sample.Fits(p);
+  };
   // Most lines differ from all of them in what these have in common.
-  const size_t shared = std::min(stack_.back().shared, static_cast<size_t>(available));
-  if (std::memcmp(p, Innermost().data(), shared) != 0) return best;
+  if (differs(stack_.back().head)) return best;
   for (size_t level = levels; level-- > 0;) {
     const Delimiter& delimiter = stack_[level];
-    if (delimiter.size <= best_length || DiffersInTail(delimiter, p, available)) continue;
+    if (differs(delimiter.tail) || delimiter.size <= best_length) continue;
     DelimiterMatch match = MatchOne(level, p, available, at_end);
     if (match.verdict == DelimiterMatch::kMore) return match;
     if (match.verdict == DelimiterMatch::kNo) continue;
     best = match;
-    best.level = level;
+    best.level = static_cast<uint32_t>(level);
     best_length = delimiter.size;
     if (!delimiter.begins_another) break;
   }
@@ -130,7 +157,7 @@ DelimiterMatch Delimiters::Match(const char* p, int64_t available, bool at_end,
 
 DelimiterMatch Delimiters::MatchInnermost(std::string_view line) const {
   DelimiterMatch match = MatchOne(stack_.size() - 1, line.data(), std::ssize(line), true);
-  match.level = stack_.size() - 1;
+  match.level = static_cast<uint32_t>(stack_.size() - 1);
   return match;
 }
 

@@ -12,15 +12,16 @@
 
 namespace mimora {
 
+// Small enough to be handed over in registers.
 struct DelimiterMatch {
-  enum Verdict {
+  enum Verdict : uint8_t {
     kNo,
     kYes,
     kMore,  // that depends on bytes that are not in view: `needed` of them at least
   };
   Verdict verdict = kNo;
   bool closes = false;  // it is the closing delimiter
-  size_t level = 0;     // of which multipart, the outermost is 0
+  uint32_t level = 0;   // of which multipart, the outermost is 0
   int64_t needed = 0;
 };
 
@@ -49,18 +50,31 @@ class Delimiters {
   DelimiterMatch MatchInnermost(std::string_view line) const;
 
  private:
+  // A few bytes of a line that are compared at once.
+  struct Sample {
+    size_t start;
+    uint64_t bytes;
+    uint64_t mask;  // of those that count
+
+    bool Fits(const char* line) const;
+    int64_t End() const { return static_cast<int64_t>(start + sizeof bytes); }
+  };
+
   struct Delimiter {
     size_t start;  // of its text
     size_t size;
-    size_t longest;  // of it and those outside it
-    size_t shared;   // how far it begins like all those outside it
-    // Its last bytes as one number. Those of one message mostly begin alike: the ends tell them
-    // apart, which counts when there are many.
-    uint64_t tail;
+    size_t longest;       // of it and those outside it
     bool begins_another;  // one of those outside it is longer and begins with it
+    size_t shared;        // how many bytes at its start are the same in all those outside it
+    Sample head;          // of those bytes
+    // Those of one message mostly begin alike: the ends tell them apart, which counts when there
+    // are many.
+    Sample tail;
   };
 
-  static bool DiffersInTail(const Delimiter& delimiter, const char* p, int64_t available);
+  static Sample SampleOf(std::string_view delimiter, size_t start, size_t count);
+  size_t SharedWith(std::string_view delimiter) const;
+  bool BeginsAnother(std::string_view delimiter) const;
   DelimiterMatch MatchOne(size_t level, const char* p, int64_t available, bool at_end) const;
 
   std::vector<Delimiter> stack_;
