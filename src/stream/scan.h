@@ -53,15 +53,19 @@ inline const char* FindPairSse(const char* p, const char* end, char a, char b) {
   const __m128i first = _mm_set1_epi8(a);
   const __m128i second = _mm_set1_epi8(b);
   // The second load looks one byte further than the first.
-  for (; end - p >= 17; p += 16) {
+  constexpr int kBlock = 17;
+  if (end - p < kBlock) return scan_plain::FindPair(p, end, a, b);
+  for (;; p += 16) {
+    // The last block reaches back into what is known to have none.
+    if (end - p < kBlock) p = end - kBlock;
     const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 1));
     const __m128i hit = _mm_and_si128(_mm_cmpeq_epi8(here, first), _mm_cmpeq_epi8(next, second));
     if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hit))) {
       return p + std::countr_zero(mask);
     }
+    if (end - p == kBlock) return end;
   }
-  return scan_plain::FindPair(p, end, a, b);
 }
 
 const char* FindPairAvx2(const char* p, const char* end, char a, char b);
@@ -80,17 +84,20 @@ inline const char* FindPair(const char* p, const char* end, char a, char b) {
 
 namespace scan_vectors {
 
-// The first byte of a whole block that HITS marks; the place behind those blocks when there is
-// none.
+// The first byte that HITS marks in [p, end), which is a block at least; end when there is none.
+constexpr int kBlock = 16;
+
 template <typename Hits>
 const char* FindInBlocks(const char* p, const char* end, Hits hits) {
-  for (; end - p >= 16; p += 16) {
+  for (;; p += kBlock) {
+    // The last block reaches back into what is known to have none.
+    if (end - p < kBlock) p = end - kBlock;
     const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hits(here)))) {
       return p + std::countr_zero(mask);
     }
+    if (end - p == kBlock) return end;
   }
-  return p;
 }
 
 template <char... kWanted>
@@ -110,14 +117,14 @@ __m128i SpaceOr(__m128i here) {
 
 template <char... kWanted>
 const char* FindAnyOf(const char* p, const char* end) {
-  p = scan_vectors::FindInBlocks(p, end, scan_vectors::AnyOf<kWanted...>);
-  return scan_plain::FindAnyOf<kWanted...>(p, end);
+  if (end - p < scan_vectors::kBlock) return scan_plain::FindAnyOf<kWanted...>(p, end);
+  return scan_vectors::FindInBlocks(p, end, scan_vectors::AnyOf<kWanted...>);
 }
 
 template <char... kWanted>
 const char* FindSpaceOr(const char* p, const char* end) {
-  p = scan_vectors::FindInBlocks(p, end, scan_vectors::SpaceOr<kWanted...>);
-  return scan_plain::FindSpaceOr<kWanted...>(p, end);
+  if (end - p < scan_vectors::kBlock) return scan_plain::FindSpaceOr<kWanted...>(p, end);
+  return scan_vectors::FindInBlocks(p, end, scan_vectors::SpaceOr<kWanted...>);
 }
 
 #else
