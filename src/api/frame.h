@@ -33,21 +33,27 @@ inline S_OutStream* ToHandle(Moutstream* out) { return reinterpret_cast<S_OutStr
 
 // ---- Passage ----------------------------------------------------------------------------------
 
+// An "in" or "out" line.
+inline void TracePassage(const char* name, const char* direction) {
+  // Asked here, too: most calls have nothing to hand over.
+  if (TraceHeard()) LogTrace("%s %s", name, direction);
+}
+
 // Runs an export's work between its "in" and "out" lines. An exception is logged with the progress
 // number that the work keeps, and goes on to the caller; the "out" line is then left out, so the
 // log shows where a call ended. LOG_EXCEPTION(ex_pos) writes the line.
 template <typename Work, typename LogException>
 auto RunExport(const char* name, Work work, LogException log_exception)
     -> std::invoke_result_t<Work, int&> {
-  LogTrace("%s in", name);
+  TracePassage(name, "in");
   int ex_pos = 0;
   try {
     if constexpr (std::is_void_v<std::invoke_result_t<Work, int&>>) {
       work(ex_pos);
-      LogTrace("%s out", name);
+      TracePassage(name, "out");
     } else {
       auto result = work(ex_pos);
-      LogTrace("%s out", name);
+      TracePassage(name, "out");
       return result;
     }
   } catch (...) {
