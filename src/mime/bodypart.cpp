@@ -142,15 +142,16 @@ BodypartPtr Bodypart::MakeSubpart(Bodypart* parent) {
 }
 
 Bodypart* Bodypart::AppendChild(BodypartPtr child) {
-  if (Children.empty()) Children.reserve(2);
-  return Children.emplace_back(std::move(child)).get();
+  BodypartPtr& added = *Children.Add(1);
+  added = std::move(child);
+  return added.get();
 }
 
 bool Bodypart::DeleteChild(const Bodypart* child) {
   const auto found = std::find_if(Children.begin(), Children.end(),
                                   [child](const auto& part) { return part.get() == child; });
   if (found == Children.end()) return false;
-  Children.erase(found);
+  Children.Erase(static_cast<size_t>(found - Children.begin()));
   return true;
 }
 

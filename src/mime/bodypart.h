@@ -17,6 +17,7 @@
 #include "diag/checks.h"
 #include "mime/field_value.h"
 #include "mime/header_fields.h"
+#include "mime/inline_vector.h"
 #include "stream/minstream.h"
 
 namespace mimora {
@@ -113,7 +114,7 @@ class Bodypart {
   const void* BodyMemory = nullptr;
 
   HeaderFields Header;
-  std::vector<BodypartPtr> Children;
+  InlineVector<BodypartPtr, 2> Children;
   BodypartPtr EnclosedMessage;
   std::string ContentTransferEncoding;
   std::string Charset;  // of what is no multipart

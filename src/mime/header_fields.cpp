@@ -26,7 +26,7 @@ char* PutText(std::string_view text, char* to) {
 
 HeaderField HeaderFields::At(size_t index) const {
   const Entry& entry = entries_[index];
-  const char* const name = texts_.Data() + entry.start;
+  const char* const name = texts_.data() + entry.start;
   return {{name, entry.name_size}, {name + entry.name_size + 1, entry.value_size}};
 }
 
@@ -34,7 +34,7 @@ std::optional<std::string_view> HeaderFields::Find(std::string_view name, int n)
   int matches = 0;
   for (const Entry& entry : entries_) {
     if (entry.name_size != name.size()) continue;
-    const char* const found = texts_.Data() + entry.start;
+    const char* const found = texts_.data() + entry.start;
     if (!EqualIgnoringCase({found, name.size()}, name) || ++matches != n) continue;
     return std::string_view(found + name.size() + 1, entry.value_size);
   }
@@ -42,23 +42,23 @@ std::optional<std::string_view> HeaderFields::Find(std::string_view name, int n)
 }
 
 void HeaderFields::Reserve(size_t fields, size_t bytes) {
-  entries_.Reserve(fields);
-  texts_.Reserve(bytes);
+  entries_.reserve(fields);
+  texts_.reserve(bytes);
 }
 
 void HeaderFields::Append(std::string_view name, std::string_view value) {
-  const size_t start = texts_.Size();
+  const size_t start = texts_.size();
   PutText(value, PutText(name, texts_.Add(name.size() + value.size() + 2)));
   *entries_.Add(1) = {start, name.size(), value.size()};
 }
 
 void HeaderFields::Continue(std::string_view line) {
-  if (entries_.Size() == 0) Append(kDummyName, kDummyValue);
+  if (entries_.empty()) Append(kDummyName, kDummyValue);
   char* const end = texts_.Add(line.size() + 2) - 1;  // over the zero
   end[0] = '\r';
   end[1] = '\n';
   PutText(line, end + 2);
-  entries_[entries_.Size() - 1].value_size += line.size() + 2;
+  entries_.back().value_size += line.size() + 2;
 }
 
 std::optional<std::string_view> HeaderFields::NameIn(std::string_view line) {
@@ -84,13 +84,13 @@ void HeaderFields::Delete(size_t index) {
   deleted_bytes_ += entries_[index].Size();
   entries_.Erase(index);
   // Not each time, or deleting all would take quadratic time.
-  if (deleted_bytes_ > texts_.Size() / 2) CloseGaps();
+  if (deleted_bytes_ > texts_.size() / 2) CloseGaps();
 }
 
 void HeaderFields::CloseGaps() {
   size_t end = 0;
   for (Entry& entry : entries_) {
-    std::memmove(texts_.Data() + end, texts_.Data() + entry.start, entry.Size());
+    std::memmove(texts_.data() + end, texts_.data() + entry.start, entry.Size());
     entry.start = end;
     end += entry.Size();
   }
@@ -99,8 +99,8 @@ void HeaderFields::CloseGaps() {
 }
 
 void HeaderFields::Clear() {
-  texts_.Clear();
-  entries_.Clear();
+  texts_.clear();
+  entries_.clear();
   deleted_bytes_ = 0;
 }
 

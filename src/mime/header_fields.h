@@ -20,7 +20,7 @@ struct HeaderField {
 
 class HeaderFields {
  public:
-  size_t Count() const { return entries_.Size(); }
+  size_t Count() const { return entries_.size(); }
   HeaderField At(size_t index) const;
 
   // The value of the N-th field of a name, counted from 1.

@@ -111,13 +111,13 @@ TEST(WriteBody, WritesWhatWasAskedForFromEverySource) {
     ForEverySource(MailWith(c), [&c](Minstream& in) {
       Bodypart message;
       Load(message, in);
-      Bodypart& part = *message.Children.at(0);
+      Bodypart& part = *message.Children[0];
       Moutstream out(MemorySink{});
       EXPECT_EQ(WriteBodypartBodyToStream(part, out, nullptr, c.request), c.result);
       EXPECT_EQ(TextOf(out), c.want);
       EXPECT_EQ(part.DecodedSize, c.decoded_size);
       Moutstream behind(MemorySink{});
-      WriteBodypartBodyToStream(*message.Children.at(1), behind, nullptr, {});
+      WriteBodypartBodyToStream(*message.Children[1], behind, nullptr, {});
       EXPECT_EQ(TextOf(behind), "behind");
     });
   }
@@ -218,8 +218,7 @@ void ExpectNoTemporaryFile() {
 int32_t WriteCase(const Case& c, Minstream& in, Moutstream& out) {
   Bodypart message;
   Load(message, in);
-  const int32_t result =
-      WriteBodypartBodyToStream(*message.Children.at(0), out, nullptr, c.request);
+  const int32_t result = WriteBodypartBodyToStream(*message.Children[0], out, nullptr, c.request);
   ExpectNoTemporaryFile();
   return result;
 }
@@ -234,10 +233,9 @@ void FailEverywhere(const Case& c) {
     Load(message, in);
     source.FailAt(at);
     Moutstream out(MemorySink{});
-    const int32_t result =
-        WriteBodypartBodyToStream(*message.Children.at(0), out, nullptr, c.request);
+    const int32_t result = WriteBodypartBodyToStream(*message.Children[0], out, nullptr, c.request);
     ExpectNoTemporaryFile();
-    const Bodypart& part = *message.Children.at(0);
+    const Bodypart& part = *message.Children[0];
     const bool met = part.BodyStart < at && at < part.BodyStart + part.BodyLength;
     if (result == kOk && met && c.request.keep_embedded && c.request.embedded_index == kWholeBody) {
       Fail("a read error goes unnoticed", c.name);
