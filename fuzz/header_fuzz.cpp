@@ -34,7 +34,7 @@ void CheckParameters(const std::string& value) {
   const FieldValue field(copy_of_value.Text());
   std::string scratch;
   FUZZ_CHECK(field.Main() == field.Main(scratch));
-  ParseContentType(field, scratch);
+  field.Type(scratch);
   Bodypart part;
   part.Header.Append("Content-Type", value);
   for (const std::string_view name : kParameters) {

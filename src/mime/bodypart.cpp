@@ -86,7 +86,7 @@ FieldValue Bodypart::Field(std::string_view name) const {
 }
 
 ContentType Bodypart::Type(const FieldValue& declared, std::string& scratch) const {
-  if (const auto type = ParseContentType(declared, scratch)) return *type;
+  if (const auto type = declared.Type(scratch)) return *type;
   // The rest of a multipart that has too many parts: it has no header of its own.
   if (Opaque) return {"application", "octet-stream"};
   if (InDigest && !Header.Find("Content-Type")) return {"message", "rfc822"};

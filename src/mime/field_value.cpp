@@ -233,6 +233,42 @@ std::optional<RawParameter> ParseParameter(const Piece& piece, Comments comments
   return RawParameter{Trim(name), text.substr(equals + 1), comments};
 }
 
+// What words of a plain field consist of.
+constexpr CharacterSet kEndsWord([](char c) {
+  return !IsLetter(c) && !IsDigit(c) && c != '-' && c != '_' && c != '.' && c != '+';
+});
+constexpr CharacterSet kNoSpace([](char c) { return !IsSpace(c); });
+
+// Looks for a parameter of a field as most are written: no comments, no marks behind the names, no
+// guarded characters. FOUND is its first value. False when the field is not like that: then nothing
+// is known.
+bool FindAsMostAreWritten(std::string_view text, std::string_view name,
+                          std::optional<ParameterText>& found) {
+  const char* const end = text.end();
+  const char* p = FindAnyOf<';', '"', '('>(text.begin(), end);
+  while (p < end) {
+    if (*p != ';') return false;
+    p = kNoSpace.Find(p + 1, end);
+    if (p == end) break;
+    const char* const equals = kEndsWord.Find(p, end);
+    if (equals == end || *equals != '=') return false;
+    const std::string_view this_name(p, equals);
+    const char* const begin = equals + 1;
+    std::string_view value;
+    if (begin < end && *begin == '"') {
+      const char* const quote = FindAnyOf<'"', '\\', '\r', '\n'>(begin + 1, end);
+      if (quote == end || *quote != '"') return false;
+      value = {begin + 1, quote};
+      p = kNoSpace.Find(quote + 1, end);
+    } else {
+      p = FindAnyOf<';', '"', '(', '\r', '\n'>(begin, end);
+      value = Trim({begin, p});
+    }
+    if (!found && EqualIgnoringCase(this_name, name)) found = {value};
+  }
+  return true;
+}
+
 // A parameter in its extended form, or a piece of one.
 struct Section {
   int number;  // kWhole for one that is not in pieces
@@ -306,8 +342,8 @@ std::string_view FieldValue::Main(std::string& scratch) const {
   return PlainText(main.text, comments, scratch);
 }
 
-std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
-                                                       std::string& scratch) const {
+std::optional<ParameterText> FieldValue::FindAmongAll(std::string_view name,
+                                                      std::string& scratch) const {
   std::optional<ParameterText> plain;
   std::vector<Section> sections;
   Splitter pieces(text_);
@@ -332,14 +368,21 @@ std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
     // Some count from 1. Where the beginning is missing, a plain one is better.
     if (sections.front().number <= 0 || !plain) plain = JoinSections(sections, scratch);
   }
+  return plain;
+}
+
+std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
+                                                       std::string& scratch) const {
+  std::optional<ParameterText> found;
+  if (!FindAsMostAreWritten(text_, name, found)) found = FindAmongAll(name, scratch);
   // A zero would end the text for a caller in C.
-  if (plain && plain->text.find('\0') != std::string_view::npos) {
-    std::string whole(plain->text);
+  if (found && found->text.find('\0') != std::string_view::npos) {
+    std::string whole(found->text);
     std::erase(whole, '\0');
     scratch = std::move(whole);
-    plain->text = scratch;
+    found->text = scratch;
   }
-  return plain;
+  return found;
 }
 
 std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
@@ -351,8 +394,19 @@ std::optional<std::string> FieldValue::Parameter(std::string_view name) const {
 
 std::string ContentType::Full() const { return UpperCase(major) + "/" + UpperCase(sub); }
 
-std::optional<ContentType> ParseContentType(const FieldValue& value, std::string& scratch) {
-  const std::string_view main = value.Main(scratch);
+// A type as most are written: two words, and a slash between them.
+std::optional<ContentType> FieldValue::PlainType() const {
+  const char* const end = text_.end();
+  const char* const slash = kEndsWord.Find(text_.begin(), end);
+  if (slash == text_.begin() || slash == end || *slash != '/') return std::nullopt;
+  const char* const stop = kEndsWord.Find(slash + 1, end);
+  if (stop == slash + 1 || (stop < end && *stop != ';')) return std::nullopt;
+  return ContentType{{text_.begin(), slash}, {slash + 1, stop}};
+}
+
+std::optional<ContentType> FieldValue::Type(std::string& scratch) const {
+  if (const auto type = PlainType()) return type;
+  const std::string_view main = Main(scratch);
   const size_t slash = main.find('/');
   if (slash == std::string_view::npos) return std::nullopt;
   const std::string_view major = Trim(main.substr(0, slash));

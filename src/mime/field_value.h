@@ -19,6 +19,19 @@ struct ParameterText {
   bool is_utf8 = false;  // it declared a charset, and was re-coded
 };
 
+// A content type as the message writes it, for example Text and plain.
+struct ContentType {
+  std::string_view major;
+  std::string_view sub;
+
+  // In upper case, with a slash.
+  std::string Full() const;
+  // Without A_SUB: whether it is of that kind.
+  bool Is(std::string_view a_major, std::string_view a_sub = {}) const {
+    return EqualIgnoringCase(major, a_major) && (a_sub.empty() || EqualIgnoringCase(sub, a_sub));
+  }
+};
+
 // Refers to the text that it was made from.
 class FieldValue {
  public:
@@ -38,26 +51,16 @@ class FieldValue {
   // The same without a copy, as above.
   std::optional<ParameterText> FindParameter(std::string_view name, std::string& scratch) const;
 
+  // The content type that it declares; nothing when it is not of the form major/sub. SCRATCH as
+  // above.
+  std::optional<ContentType> Type(std::string& scratch) const;
+
  private:
+  std::optional<ParameterText> FindAmongAll(std::string_view name, std::string& scratch) const;
+  std::optional<ContentType> PlainType() const;
+
   std::string_view text_;
 };
-
-// A content type as the message writes it, for example Text and plain.
-struct ContentType {
-  std::string_view major;
-  std::string_view sub;
-
-  // In upper case, with a slash.
-  std::string Full() const;
-  // Without A_SUB: whether it is of that kind.
-  bool Is(std::string_view a_major, std::string_view a_sub = {}) const {
-    return EqualIgnoringCase(major, a_major) && (a_sub.empty() || EqualIgnoringCase(sub, a_sub));
-  }
-};
-
-// The type in a Content-Type value; nothing when it is not of the form major/sub. SCRATCH holds it
-// when it does not stand like that in the text.
-std::optional<ContentType> ParseContentType(const FieldValue& value, std::string& scratch);
 
 }  // namespace mimora
 
