@@ -5,7 +5,7 @@
 //        compare_NAME CORPUS coding CODER - SECONDS
 //        compare_NAME CORPUS threads CASE COUNT SECONDS
 // Measures for about that long and writes a line of JSON. Speeds are millions of input bytes a
-// second of CPU time, those of threads a second of the clock.
+// second of CPU time. For threads it writes how many times faster COUNT of them are than one.
 #include <fcntl.h>
 #include <time.h>
 #include <unistd.h>
@@ -72,12 +72,15 @@ double TimeOf(clockid_t clock, double seconds, Pass pass) {
   return Median(times);
 }
 
-void PrintStart(const Arguments& arguments, double megabytes, double time) {
-  std::printf(
-      "{\"program\": \"%s\", \"work\": \"%s\", \"what\": \"%s\", \"how\": \"%s\", "
-      "\"megabytes_per_second\": %.1f",
-      MakeProgram().name.c_str(), arguments.work.c_str(), arguments.what.c_str(),
-      arguments.how.c_str(), megabytes / time);
+void PrintStart(const Arguments& arguments) {
+  std::printf("{\"program\": \"%s\", \"work\": \"%s\", \"what\": \"%s\", \"how\": \"%s\"",
+              MakeProgram().name.c_str(), arguments.work.c_str(), arguments.what.c_str(),
+              arguments.how.c_str());
+}
+
+void PrintSpeed(const Arguments& arguments, double megabytes, double time) {
+  PrintStart(arguments);
+  std::printf(", \"megabytes_per_second\": %.1f", megabytes / time);
 }
 
 auto FindLoader(const std::string& source) {
@@ -116,7 +119,7 @@ void MeasureLoading(const Arguments& arguments) {
   const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, [&] {
     for (const Message& message : corpus.Messages()) load(message);
   });
-  PrintStart(arguments, corpus.Megabytes(), time);
+  PrintSpeed(arguments, corpus.Megabytes(), time);
   std::printf(
       ", \"leaves\": %lld, \"expected_leaves\": %lld, \"bytes\": %lld, \"expected_bytes\": %lld, "
       "\"wrong_messages\": %lld, \"extra_kilobytes\": %ld}\n",
@@ -160,33 +163,84 @@ void MeasureReading(const Arguments& arguments) {
   const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, [&] {
     for (const Message& message : corpus.Messages()) bytes += read(message);
   });
-  PrintStart(arguments, corpus.Megabytes(), time);
+  PrintSpeed(arguments, corpus.Megabytes(), time);
   std::printf(", \"read\": %lld}\n", static_cast<long long>(bytes));
 }
 
 // ---- Loading in several threads
 
+// How many times faster several threads are than one, in pairs of passes that follow each other: a
+// processor that is shared with others runs at another speed a second later.
+class Gain {
+ public:
+  // PASS(first, step) does a share of the work: the pieces first, first + step and so on.
+  template <typename Pass>
+  void Measure(size_t count, Pass pass) {
+    const Times one = TimesOf(1, pass);
+    const Times several = TimesOf(count, pass);
+    clock_.push_back(one.clock / several.clock);
+    // What it would be if no other process took the processors away.
+    cpu_.push_back(static_cast<double>(count) * one.cpu / several.cpu);
+  }
+  double Clock() const { return Median(clock_); }
+  double Cpu() const { return Median(cpu_); }
+
+ private:
+  struct Times {
+    double clock;
+    double cpu;
+  };
+
+  template <typename Pass>
+  static Times TimesOf(size_t count, Pass pass) {
+    const Times start = {Now(CLOCK_MONOTONIC), Now(CLOCK_PROCESS_CPUTIME_ID)};
+    {
+      std::vector<std::jthread> threads;
+      for (size_t i = 1; i < count; ++i) threads.emplace_back([=] { pass(i, count); });
+      pass(0, count);
+    }
+    return {Now(CLOCK_MONOTONIC) - start.clock, Now(CLOCK_PROCESS_CPUTIME_ID) - start.cpu};
+  }
+
+  std::vector<double> clock_;
+  std::vector<double> cpu_;
+};
+
+// Work that shares nothing, not even memory: what the machine gives to several threads. It keeps
+// the units of a processor as busy as loading does, for a processor may lend them to another one.
+void Calculate(size_t first, size_t step) {
+  constexpr size_t kPieces = 10'000'000;
+  uint64_t a = 1, b = 2, c = 3, d = 4;
+  for (size_t i = first; i < kPieces; i += step) {
+    a = 3 * a + i;
+    b ^= b << 1 ^ i;
+    c += c >> 3 ^ i;
+    d = 5 * d + i;
+    // Or the compiler would leave out the work.
+    asm volatile("" : : "r"(a), "r"(b), "r"(c), "r"(d));
+  }
+}
+
 void MeasureThreads(const Arguments& arguments) {
   const auto load = FindLoader("memory");
   const Corpus corpus(arguments.corpus, arguments.what);
-  const auto count = static_cast<size_t>(std::stoul(arguments.how));
-  const auto load_share = [&](size_t first) {
-    const auto& messages = corpus.Messages();
-    for (size_t i = first; i < messages.size(); i += count) load(messages[i]);
+  const auto& messages = corpus.Messages();
+  const auto load_share = [&](size_t first, size_t step) {
+    for (size_t i = first; i < messages.size(); i += step) load(messages[i]);
   };
-  int passes = 0;
-  const double start = Now(CLOCK_PROCESS_CPUTIME_ID);
-  const double time = TimeOf(CLOCK_MONOTONIC, arguments.seconds, [&] {
-    std::vector<std::jthread> threads;
-    for (size_t i = 1; i < count; ++i) threads.emplace_back(load_share, i);
-    load_share(0);
-    ++passes;
-  });
-  // What the speed would be if no other process took the processors away.
-  const double cpu_time = (Now(CLOCK_PROCESS_CPUTIME_ID) - start) / static_cast<double>(count);
-  PrintStart(arguments, corpus.Megabytes(), time);
-  std::printf(", \"undisturbed_megabytes_per_second\": %.1f}\n",
-              corpus.Megabytes() * passes / cpu_time);
+  const auto count = static_cast<size_t>(std::stoul(arguments.how));
+  Gain loading;
+  Gain calculating;
+  for (const double start = Now(CLOCK_MONOTONIC);
+       Now(CLOCK_MONOTONIC) - start < arguments.seconds;) {
+    loading.Measure(count, load_share);
+    calculating.Measure(count, Calculate);
+  }
+  PrintStart(arguments);
+  std::printf(
+      ", \"clock_gain\": %.3f, \"cpu_gain\": %.3f, \"machine_clock_gain\": %.3f, "
+      "\"machine_cpu_gain\": %.3f}\n",
+      loading.Clock(), loading.Cpu(), calculating.Clock(), calculating.Cpu());
 }
 
 // ---- Coding
@@ -222,7 +276,7 @@ void MeasureCoding(const Arguments& arguments) {
   const RunCoder run = prepare(input);
   const int64_t found = run();
   const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, run);
-  PrintStart(arguments, static_cast<double>(input.size()) / 1e6, time);
+  PrintSpeed(arguments, static_cast<double>(input.size()) / 1e6, time);
   std::printf(", \"bytes\": %lld, \"expected_bytes\": %lld}\n", static_cast<long long>(found),
               static_cast<long long>(ExpectedBytes(arguments, found)));
 }
