@@ -3,10 +3,11 @@
 // Usage: compare_NAME CORPUS loading CASE SOURCE SECONDS
 //        compare_NAME CORPUS reading CASE SOURCE SECONDS
 //        compare_NAME CORPUS coding CODER - SECONDS
-//        compare_NAME CORPUS threads CASE COUNT SECONDS
+//        compare_NAME CORPUS threads CASE - SECONDS
 // Measures for about that long and writes a line of JSON. Speeds are millions of input bytes a
-// second of CPU time. For threads it writes how many times faster COUNT of them are than one.
+// second of CPU time. For threads it writes how many times faster two of them are than one.
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -167,60 +168,65 @@ void MeasureReading(const Arguments& arguments) {
   std::printf(", \"read\": %lld}\n", static_cast<long long>(bytes));
 }
 
-// ---- Loading in several threads
+// ---- Loading in two threads
 
-// How many times faster several threads are than one, in pairs of passes that follow each other: a
-// processor that is shared with others runs at another speed a second later.
-class Gain {
+// Does its share of the work whenever it is told to, in a thread or in a process of its own.
+class Partner {
  public:
-  // PASS(first, step) does a share of the work: the pieces first, first + step and so on.
-  template <typename Pass>
-  void Measure(size_t count, Pass pass) {
-    const Times one = TimesOf(1, pass);
-    const Times several = TimesOf(count, pass);
-    clock_.push_back(one.clock / several.clock);
-    // What it would be if no other process took the processors away.
-    cpu_.push_back(static_cast<double>(count) * one.cpu / several.cpu);
+  enum Kind { kThread, kProcess };
+
+  template <typename Work>
+  Partner(Kind kind, Work work) {
+    if (pipe2(orders_, O_CLOEXEC) != 0 || pipe2(reports_, O_CLOEXEC) != 0) Refuse("no pipes");
+    const auto obey = [this, work] {
+      for (char order = 0; read(orders_[0], &order, 1) == 1 && order == kGo;) {
+        work();
+        Send(reports_[1], kGo);
+      }
+    };
+    if (kind == kThread) {
+      thread_ = std::jthread(obey);
+      return;
+    }
+    process_ = fork();
+    if (process_ < 0) Refuse("no process");
+    if (process_ > 0) return;
+    close(orders_[1]);  // or it would not see that the other end is gone
+    obey();
+    _exit(0);
   }
-  double Clock() const { return Median(clock_); }
-  double Cpu() const { return Median(cpu_); }
+  ~Partner() {
+    Send(orders_[1], kEnd);
+    if (thread_.joinable()) thread_.join();
+    if (process_ > 0) waitpid(process_, nullptr, 0);
+    for (const int end : {orders_[0], orders_[1], reports_[0], reports_[1]}) close(end);
+  }
+  Partner(const Partner&) = delete;
+  Partner& operator=(const Partner&) = delete;
+
+  void Start() { Send(orders_[1], kGo); }
+  void Wait() {
+    char report = 0;
+    if (read(reports_[0], &report, 1) != 1) Refuse("a partner is lost");
+  }
 
  private:
-  struct Times {
-    double clock;
-    double cpu;
-  };
+  static constexpr char kGo = 'g';
+  static constexpr char kEnd = 'e';
 
-  template <typename Pass>
-  static Times TimesOf(size_t count, Pass pass) {
-    const Times start = {Now(CLOCK_MONOTONIC), Now(CLOCK_PROCESS_CPUTIME_ID)};
-    {
-      std::vector<std::jthread> threads;
-      for (size_t i = 1; i < count; ++i) threads.emplace_back([=] { pass(i, count); });
-      pass(0, count);
-    }
-    return {Now(CLOCK_MONOTONIC) - start.clock, Now(CLOCK_PROCESS_CPUTIME_ID) - start.cpu};
+  static void Send(int pipe, char order) {
+    if (write(pipe, &order, 1) != 1) Refuse("a partner is lost");
   }
 
-  std::vector<double> clock_;
-  std::vector<double> cpu_;
+  int orders_[2];
+  int reports_[2];
+  pid_t process_ = 0;
+  std::jthread thread_;
 };
 
-// Work that shares nothing, not even memory: what the machine gives to several threads. It keeps
-// the units of a processor as busy as loading does, for a processor may lend them to another one.
-void Calculate(size_t first, size_t step) {
-  constexpr size_t kPieces = 10'000'000;
-  uint64_t a = 1, b = 2, c = 3, d = 4;
-  for (size_t i = first; i < kPieces; i += step) {
-    a = 3 * a + i;
-    b ^= b << 1 ^ i;
-    c += c >> 3 ^ i;
-    d = 5 * d + i;
-    // Or the compiler would leave out the work.
-    asm volatile("" : : "r"(a), "r"(b), "r"(c), "r"(d));
-  }
-}
-
+// A pass by one alone, by two threads and by two processes follow each other, again and again: a
+// processor that is shared with others runs at another speed a second later. Two processes have
+// nothing in common but the machine; they show what it gives.
 void MeasureThreads(const Arguments& arguments) {
   const auto load = FindLoader("memory");
   const Corpus corpus(arguments.corpus, arguments.what);
@@ -228,19 +234,29 @@ void MeasureThreads(const Arguments& arguments) {
   const auto load_share = [&](size_t first, size_t step) {
     for (size_t i = first; i < messages.size(); i += step) load(messages[i]);
   };
-  const auto count = static_cast<size_t>(std::stoul(arguments.how));
-  Gain loading;
-  Gain calculating;
+  const auto load_half = [&] { load_share(1, 2); };
+  Partner process(Partner::kProcess, load_half);
+  Partner thread(Partner::kThread, load_half);
+  const auto load_with = [&](Partner& partner) {
+    partner.Start();
+    load_share(0, 2);
+    partner.Wait();
+  };
+  std::vector<double> by_threads;
+  std::vector<double> by_processes;
+  std::vector<double> threads_to_processes;
   for (const double start = Now(CLOCK_MONOTONIC);
-       Now(CLOCK_MONOTONIC) - start < arguments.seconds;) {
-    loading.Measure(count, load_share);
-    calculating.Measure(count, Calculate);
+       by_threads.empty() || Now(CLOCK_MONOTONIC) - start < arguments.seconds;) {
+    const double alone = TimeOf(CLOCK_MONOTONIC, 0, [&] { load_share(0, 1); });
+    const double threads = TimeOf(CLOCK_MONOTONIC, 0, [&] { load_with(thread); });
+    const double processes = TimeOf(CLOCK_MONOTONIC, 0, [&] { load_with(process); });
+    by_threads.push_back(alone / threads);
+    by_processes.push_back(alone / processes);
+    threads_to_processes.push_back(processes / threads);
   }
   PrintStart(arguments);
-  std::printf(
-      ", \"clock_gain\": %.3f, \"cpu_gain\": %.3f, \"machine_clock_gain\": %.3f, "
-      "\"machine_cpu_gain\": %.3f}\n",
-      loading.Clock(), loading.Cpu(), calculating.Clock(), calculating.Cpu());
+  std::printf(", \"threads\": %.3f, \"processes\": %.3f, \"threads_to_processes\": %.3f}\n",
+              Median(by_threads), Median(by_processes), Median(threads_to_processes));
 }
 
 // ---- Coding
