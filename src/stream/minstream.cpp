@@ -270,15 +270,18 @@ void Minstream::ReadDelimiterLine(DelimiterMatch match) {
 // Moves to the end of the line, which it keeps as the boundary line.
 void Minstream::ReadRestOfLine() {
   const size_t kept = delimiters_.At(hit_level_).size() + kKeptDelimiterTail;
-  boundary_line_.clear();
-  while (Ensure(1)) {
+  boundary_text_.clear();
+  for (bool whole = false; !whole && Ensure(1);) {
     const char* begin = data_ + index_;
     const char* end = data_ + EffectiveEnd();
-    const char* line_end = FindLineEnd(begin, end);
-    boundary_line_.append(begin, std::min(static_cast<size_t>(line_end - begin),
-                                          kept - std::min(kept, boundary_line_.size())));
-    index_ += line_end - begin;
-    if (line_end < end) return;
+    const std::string_view line(begin, FindLineEnd(begin, end));
+    whole = line.size() < static_cast<size_t>(end - begin);
+    index_ += std::ssize(line);
+    if (mode_ == kMemory) {
+      boundary_line_ = line.substr(0, kept);
+    } else {
+      boundary_line_ = boundary_text_ += line.substr(0, kept - boundary_text_.size());
+    }
   }
 }
 
@@ -356,7 +359,7 @@ void Minstream::LeaveBoundary() {
 
 void Minstream::ClearBoundaryHit() {
   hit_ = false;
-  boundary_line_.clear();
+  boundary_line_ = {};
   boundary_position_ = 0;
   hit_line_end_ = 0;
 }

@@ -131,7 +131,7 @@ class Minstream {
   bool InnermostHit() const { return hit_ && hit_level_ + 1 == delimiters_.Count(); }
   bool ClosingHit() const { return hit_closes_; }
   // The delimiter line, without its line end; a very long one is cut.
-  const std::string& BoundaryLine() const { return boundary_line_; }
+  std::string_view BoundaryLine() const { return boundary_line_; }
   // Where the delimiter begins: the line end in front of it, when it has one.
   int64_t BoundaryPosition() const { return boundary_position_; }
   // How many bytes that line end has.
@@ -221,7 +221,8 @@ class Minstream {
   size_t hit_level_ = 0;
   int64_t hit_line_end_ = 0;
   int64_t boundary_position_ = 0;
-  std::string boundary_line_;
+  std::string_view boundary_line_;
+  std::string boundary_text_;  // holds it when the bytes do not stay where they are
 
   std::string line_;  // a line that did not lie in the buffer in one piece
   std::recursive_mutex lock_;
