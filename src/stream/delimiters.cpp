@@ -63,7 +63,7 @@ bool Delimiters::Sample::Fits(const char* line) const {
 
 // COUNT bytes from START on.
 Delimiters::Sample Delimiters::SampleOf(std::string_view delimiter, size_t start, size_t count) {
-  static constexpr char kOnesAndZeros[2 * kSampled] = {-1, -1, -1, -1, -1, -1, -1, -1};
+  static constexpr char kOnesAndZeros[2 * kSampled] = "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF";
   const char* const from = delimiter.data() + start;
   Sample sample{start, 0, Load(kOnesAndZeros + kSampled - count)};
   if (start + kSampled <= delimiter.size()) {
