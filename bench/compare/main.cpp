@@ -5,7 +5,8 @@
 //        compare_NAME CORPUS coding CODER - SECONDS
 //        compare_NAME CORPUS threads CASE - SECONDS
 // Measures for about that long and writes a line of JSON. Speeds are millions of input bytes a
-// second of CPU time. For threads it writes how many times faster two of them are than one.
+// second of CPU time. For threads it writes how many times faster two of them are than one, and two
+// processes, too.
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -190,8 +192,12 @@ class Partner {
     }
     process_ = fork();
     if (process_ < 0) Refuse("no process");
-    if (process_ > 0) return;
-    close(orders_[1]);  // or it would not see that the other end is gone
+    // Each side keeps its own ends, or it would not see that the other side is gone.
+    if (process_ > 0) {
+      CloseEnds(orders_[0], reports_[1]);
+      return;
+    }
+    CloseEnds(orders_[1], reports_[0]);
     obey();
     _exit(0);
   }
@@ -199,7 +205,8 @@ class Partner {
     Send(orders_[1], kEnd);
     if (thread_.joinable()) thread_.join();
     if (process_ > 0) waitpid(process_, nullptr, 0);
-    for (const int end : {orders_[0], orders_[1], reports_[0], reports_[1]}) close(end);
+    CloseEnds(orders_[0], orders_[1]);
+    CloseEnds(reports_[0], reports_[1]);
   }
   Partner(const Partner&) = delete;
   Partner& operator=(const Partner&) = delete;
@@ -218,6 +225,13 @@ class Partner {
     if (write(pipe, &order, 1) != 1) Refuse("a partner is lost");
   }
 
+  static void CloseEnds(int& one, int& other) {
+    for (int* const end : {&one, &other}) {
+      if (*end >= 0) close(*end);
+      *end = -1;
+    }
+  }
+
   int orders_[2];
   int reports_[2];
   pid_t process_ = 0;
@@ -228,6 +242,7 @@ class Partner {
 // processor that is shared with others runs at another speed a second later. Two processes have
 // nothing in common but the machine; they show what it gives.
 void MeasureThreads(const Arguments& arguments) {
+  std::signal(SIGPIPE, SIG_IGN);  // so that a partner that is gone can be told of
   const auto load = FindLoader("memory");
   const Corpus corpus(arguments.corpus, arguments.what);
   const auto& messages = corpus.Messages();
