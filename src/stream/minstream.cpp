@@ -280,7 +280,8 @@ void Minstream::ReadRestOfLine() {
     if (mode_ == kMemory) {
       boundary_line_ = line.substr(0, kept);
     } else {
-      boundary_line_ = boundary_text_ += line.substr(0, kept - boundary_text_.size());
+      boundary_text_ += line.substr(0, kept - boundary_text_.size());
+      boundary_line_ = boundary_text_;
     }
   }
 }

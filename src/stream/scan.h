@@ -15,7 +15,8 @@
 
 namespace mimora {
 
-// The searches byte by byte: the definition of the fast ones, and what they end with.
+// The searches byte by byte: the definition of the fast ones, which leave to them what is
+// shorter than a block.
 namespace scan_plain {
 
 // The first place in [p, end - 1) where A stands directly in front of B; end when there is none.
@@ -84,9 +85,9 @@ inline const char* FindPair(const char* p, const char* end, char a, char b) {
 
 namespace scan_vectors {
 
-// The first byte that HITS marks in [p, end), which is a block at least; end when there is none.
 constexpr int kBlock = 16;
 
+// The first byte that HITS marks in [p, end), which is a block at least; end when there is none.
 template <typename Hits>
 const char* FindInBlocks(const char* p, const char* end, Hits hits) {
   for (;; p += kBlock) {
