@@ -38,6 +38,9 @@ TEST(Delimiters, OfSeveralTheLongestWinsAndAmongEqualsTheInnermost) {
       {"inner begins with outer", {"--b", "--b-2"}, "--b-2\n", 1, false},
       {"inner is outer closed", {"--b", "--b--"}, "--b--\n", 1, false},
       {"inner is outer and a word", {"--b", "--b x"}, "--b x\n", 1, false},
+      {"outer is inner closed", {"--b--", "--b"}, "--b--\n", 0, false},
+      {"outer is inner and a word", {"--b x", "--b"}, "--b x\n", 0, false},
+      {"outer of two long ones", {"--boundary-1", "--different-2"}, "--boundary-1\n", 0, false},
       {"equal", {"--b", "--b"}, "--b--\n", 1, true},
       {"outermost of three", {"--a", "--b", "--c"}, "--a--\n", 0, true},
   };
