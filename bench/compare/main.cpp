@@ -249,25 +249,30 @@ void MeasureThreads(const Arguments& arguments) {
   const auto load_share = [&](size_t first, size_t step) {
     for (size_t i = first; i < messages.size(); i += step) load(messages[i]);
   };
-  const auto load_half = [&] { load_share(1, 2); };
-  Partner process(Partner::kProcess, load_half);
-  Partner thread(Partner::kThread, load_half);
-  const auto load_with = [&](Partner& partner) {
-    partner.Start();
-    load_share(0, 2);
-    partner.Wait();
+  const auto load_all = [&] { load_share(0, 1); };
+  const auto load_even = [&] { load_share(0, 2); };
+  const auto load_odd = [&] { load_share(1, 2); };
+  // The processes come first: the C library is slower once there are threads.
+  Partner single(Partner::kProcess, load_all);
+  Partner processes[] = {{Partner::kProcess, load_even}, {Partner::kProcess, load_odd}};
+  Partner threads[] = {{Partner::kThread, load_even}, {Partner::kThread, load_odd}};
+  const auto time_of = [](auto begin, auto end) {
+    return TimeOf(CLOCK_MONOTONIC, 0, [&] {
+      std::for_each(begin, end, [](Partner& partner) { partner.Start(); });
+      std::for_each(begin, end, [](Partner& partner) { partner.Wait(); });
+    });
   };
   std::vector<double> by_threads;
   std::vector<double> by_processes;
   std::vector<double> threads_to_processes;
   for (const double start = Now(CLOCK_MONOTONIC);
        by_threads.empty() || Now(CLOCK_MONOTONIC) - start < arguments.seconds;) {
-    const double alone = TimeOf(CLOCK_MONOTONIC, 0, [&] { load_share(0, 1); });
-    const double threads = TimeOf(CLOCK_MONOTONIC, 0, [&] { load_with(thread); });
-    const double processes = TimeOf(CLOCK_MONOTONIC, 0, [&] { load_with(process); });
-    by_threads.push_back(alone / threads);
-    by_processes.push_back(alone / processes);
-    threads_to_processes.push_back(processes / threads);
+    const double alone = time_of(&single, &single + 1);
+    const double in_threads = time_of(std::begin(threads), std::end(threads));
+    const double in_processes = time_of(std::begin(processes), std::end(processes));
+    by_threads.push_back(alone / in_threads);
+    by_processes.push_back(alone / in_processes);
+    threads_to_processes.push_back(in_processes / in_threads);
   }
   PrintStart(arguments);
   std::printf(", \"threads\": %.3f, \"processes\": %.3f, \"threads_to_processes\": %.3f}\n",
