@@ -35,7 +35,7 @@ inline S_OutStream* ToHandle(Moutstream* out) { return reinterpret_cast<S_OutStr
 
 // An "in" or "out" line.
 inline void TracePassage(const char* name, const char* direction) {
-  // Asked here, too: most calls have nothing to hand over.
+  // Asked here, too: a call with variable arguments saves all registers first.
   if (TraceHeard()) LogTrace("%s %s", name, direction);
 }
 

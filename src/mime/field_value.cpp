@@ -240,10 +240,10 @@ constexpr CharacterSet kEndsWord([](char c) {
 constexpr CharacterSet kNoSpace([](char c) { return !IsSpace(c); });
 
 // Looks for a parameter of a field as most are written: no comments, no marks behind the names, no
-// guarded characters. FOUND is its first value. False when the field is not like that: then nothing
-// is known.
-bool FindAsMostAreWritten(std::string_view text, std::string_view name,
-                          std::optional<ParameterText>& found) {
+// guarded characters. FOUND is its first value. False when the field is not like that: then FOUND
+// means nothing.
+bool FindInPlainField(std::string_view text, std::string_view name,
+                      std::optional<ParameterText>& found) {
   const char* const end = text.end();
   const char* p = FindAnyOf<';', '"', '('>(text.begin(), end);
   while (p < end) {
@@ -342,8 +342,8 @@ std::string_view FieldValue::Main(std::string& scratch) const {
   return PlainText(main.text, comments, scratch);
 }
 
-std::optional<ParameterText> FieldValue::FindAmongAll(std::string_view name,
-                                                      std::string& scratch) const {
+std::optional<ParameterText> FieldValue::FindInAnyField(std::string_view name,
+                                                        std::string& scratch) const {
   std::optional<ParameterText> plain;
   std::vector<Section> sections;
   Splitter pieces(text_);
@@ -374,7 +374,7 @@ std::optional<ParameterText> FieldValue::FindAmongAll(std::string_view name,
 std::optional<ParameterText> FieldValue::FindParameter(std::string_view name,
                                                        std::string& scratch) const {
   std::optional<ParameterText> found;
-  if (!FindAsMostAreWritten(text_, name, found)) found = FindAmongAll(name, scratch);
+  if (!FindInPlainField(text_, name, found)) found = FindInAnyField(name, scratch);
   // A zero would end the text for a caller in C.
   if (found && found->text.find('\0') != std::string_view::npos) {
     std::string whole(found->text);

@@ -56,7 +56,7 @@ class FieldValue {
   std::optional<ContentType> Type(std::string& scratch) const;
 
  private:
-  std::optional<ParameterText> FindAmongAll(std::string_view name, std::string& scratch) const;
+  std::optional<ParameterText> FindInAnyField(std::string_view name, std::string& scratch) const;
   std::optional<ContentType> PlainType() const;
 
   std::string_view text_;

@@ -12,7 +12,8 @@
 namespace mimora {
 
 // A vector whose first few values lie in the object itself: a tree has many small collections, and
-// each block of memory costs more than what is kept in it. Plain values are not initialised.
+// each block of memory costs more than what is kept in it. What has the name of a standard vector's
+// function does the same; plain values are not initialised.
 template <typename Value, size_t kInline>
 class InlineVector {
   static_assert(std::is_nothrow_move_assignable_v<Value>);
@@ -31,7 +32,6 @@ class InlineVector {
   const Value& operator[](size_t index) const { return data()[index]; }
   const Value& front() const { return data()[0]; }
   Value& back() { return data()[size_ - 1]; }
-  const Value& back() const { return data()[size_ - 1]; }
   Value* begin() { return data(); }
   Value* end() { return data() + size_; }
   const Value* begin() const { return data(); }

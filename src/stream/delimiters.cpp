@@ -42,11 +42,9 @@ DelimiterMatch MatchTail(const char* p, int64_t available, bool at_end) {
   return match;
 }
 
-constexpr size_t kSampled = sizeof(uint64_t);
-
 uint64_t Load(const char* p) {
   uint64_t bytes = 0;
-  std::memcpy(&bytes, p, kSampled);
+  std::memcpy(&bytes, p, sizeof bytes);
   return bytes;
 }
 
@@ -63,10 +61,10 @@ bool Delimiters::Sample::Fits(const char* line) const {
 
 // COUNT bytes from START on.
 Delimiters::Sample Delimiters::SampleOf(std::string_view delimiter, size_t start, size_t count) {
-  static constexpr char kOnesAndZeros[2 * kSampled] = "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF";
+  static constexpr char kOnesAndZeros[2 * Sample::kSize] = "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF";
   const char* const from = delimiter.data() + start;
-  Sample sample{start, 0, Load(kOnesAndZeros + kSampled - count)};
-  if (start + kSampled <= delimiter.size()) {
+  Sample sample{start, 0, Load(kOnesAndZeros + Sample::kSize - count)};
+  if (start + Sample::kSize <= delimiter.size()) {
     sample.bytes = Load(from);
   } else {
     std::memcpy(&sample.bytes, from, count);
@@ -76,7 +74,7 @@ Delimiters::Sample Delimiters::SampleOf(std::string_view delimiter, size_t start
 
 // How many bytes, as far as a sample goes, it has at its start in common with all in force.
 size_t Delimiters::SharedWith(std::string_view delimiter) const {
-  if (stack_.empty()) return std::min(delimiter.size(), kSampled);
+  if (stack_.empty()) return std::min(delimiter.size(), Sample::kSize);
   const std::string_view outer = Innermost();
   const size_t most = std::min(delimiter.size(), stack_.back().shared);
   size_t shared = 0;
@@ -99,7 +97,7 @@ bool Delimiters::BeginsAnother(std::string_view delimiter) const {
 void Delimiters::Push(std::string_view delimiter) {
   const size_t size = delimiter.size();
   const size_t shared = SharedWith(delimiter);
-  const size_t in_tail = std::min(size, kSampled);
+  const size_t in_tail = std::min(size, Sample::kSize);
   const Delimiter added{.start = stack_.empty() ? 0 : stack_.back().start + stack_.back().size,
                         .size = size,
                         .longest = stack_.empty() ? size : std::max(size, stack_.back().longest),

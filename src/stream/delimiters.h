@@ -12,7 +12,6 @@
 
 namespace mimora {
 
-// Small enough to be handed over in registers.
 struct DelimiterMatch {
   enum Verdict : uint8_t {
     kNo,
@@ -24,6 +23,7 @@ struct DelimiterMatch {
   uint32_t level = 0;   // of which multipart, the outermost is 0
   int64_t needed = 0;
 };
+static_assert(sizeof(DelimiterMatch) <= 16, "or it would not be handed over in registers");
 
 // A delimiter is given whole, as it stands at the start of its line ("--" and boundary). All of
 // them begin with the same character.
@@ -52,12 +52,14 @@ class Delimiters {
  private:
   // A few bytes of a line that are compared at once.
   struct Sample {
+    static constexpr size_t kSize = sizeof(uint64_t);
+
     size_t start;
     uint64_t bytes;
     uint64_t mask;  // of those that count
 
     bool Fits(const char* line) const;
-    int64_t End() const { return static_cast<int64_t>(start + sizeof bytes); }
+    int64_t End() const { return static_cast<int64_t>(start + kSize); }
   };
 
   struct Delimiter {
@@ -65,7 +67,7 @@ class Delimiters {
     size_t size;
     size_t longest;       // of it and those outside it
     bool begins_another;  // one of those outside it is longer and begins with it
-    size_t shared;        // how many bytes at its start are the same in all those outside it
+    size_t shared;        // how many bytes at its start, eight at most, all those outside it share
     Sample head;          // of those bytes
     // Those of one message mostly begin alike: the ends tell them apart, which counts when there
     // are many.

@@ -130,7 +130,8 @@ class Minstream {
   // Whether it is the innermost delimiter that was hit.
   bool InnermostHit() const { return hit_ && hit_level_ + 1 == delimiters_.Count(); }
   bool ClosingHit() const { return hit_closes_; }
-  // The delimiter line, without its line end; a very long one is cut.
+  // The delimiter line, without its line end; a very long one is cut. The view lives until the hit
+  // is cleared.
   std::string_view BoundaryLine() const { return boundary_line_; }
   // Where the delimiter begins: the line end in front of it, when it has one.
   int64_t BoundaryPosition() const { return boundary_position_; }

@@ -15,8 +15,8 @@
 
 namespace mimora {
 
-// The searches byte by byte: the definition of the fast ones, which leave to them what is
-// shorter than a block.
+// The searches byte by byte: the definition of the fast ones, and what does the work where less
+// than a block is to be searched.
 namespace scan_plain {
 
 // The first place in [p, end - 1) where A stands directly in front of B; end when there is none.
@@ -50,22 +50,24 @@ const char* FindSpaceOr(const char* p, const char* end) {
 
 namespace scan_vectors {
 
+constexpr int kBlock = 16;
+
 inline const char* FindPairSse(const char* p, const char* end, char a, char b) {
   const __m128i first = _mm_set1_epi8(a);
   const __m128i second = _mm_set1_epi8(b);
   // The second load looks one byte further than the first.
-  constexpr int kBlock = 17;
-  if (end - p < kBlock) return scan_plain::FindPair(p, end, a, b);
-  for (;; p += 16) {
+  constexpr int kLooked = kBlock + 1;
+  if (end - p < kLooked) return scan_plain::FindPair(p, end, a, b);
+  for (;; p += kBlock) {
     // The last block reaches back into what is known to have none.
-    if (end - p < kBlock) p = end - kBlock;
+    if (end - p < kLooked) p = end - kLooked;
     const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 1));
     const __m128i hit = _mm_and_si128(_mm_cmpeq_epi8(here, first), _mm_cmpeq_epi8(next, second));
     if (const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hit))) {
       return p + std::countr_zero(mask);
     }
-    if (end - p == kBlock) return end;
+    if (end - p == kLooked) return end;
   }
 }
 
@@ -84,8 +86,6 @@ inline const char* FindPair(const char* p, const char* end, char a, char b) {
 }
 
 namespace scan_vectors {
-
-constexpr int kBlock = 16;
 
 // The first byte that HITS marks in [p, end), which is a block at least; end when there is none.
 template <typename Hits>

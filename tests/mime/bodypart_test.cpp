@@ -88,6 +88,22 @@ TEST(StreamDefinition, MovesATreeFromOneStreamToAnother) {
   EXPECT_EQ(count_on(&second, kBodyInStream), 3) << "what is attached stays";
 }
 
+TEST(Bodypart, DeletesTheChildThatIsMeant) {
+  for (int count = 1; count <= 4; ++count) {
+    for (int deleted = 0; deleted < count; ++deleted) {
+      Bodypart root;
+      std::vector<Bodypart*> left;
+      for (int i = 0; i < count; ++i) left.push_back(root.AppendChild(root.MakeSubpart(&root)));
+      ASSERT_TRUE(root.DeleteChild(left[deleted]));
+      left.erase(left.begin() + deleted);
+      left.push_back(root.AppendChild(BodypartPtr(new Bodypart)));
+      ASSERT_EQ(std::ssize(root.Children), count);
+      for (int i = 0; i < count; ++i) EXPECT_EQ(root.Children[i].get(), left[i]) << deleted;
+      EXPECT_FALSE(root.DeleteChild(&root));
+    }
+  }
+}
+
 // A chain of children made by hand, or each loaded into the one before, may be as deep as memory
 // allows.
 TEST(Bodypart, IsDestroyedAndWalkedHoweverDeepItIs) {
