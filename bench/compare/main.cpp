@@ -8,6 +8,7 @@
 // second of CPU time. For threads it writes how many times faster two of them are than one, and two
 // processes, too.
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
@@ -58,19 +59,24 @@ long PeakKilobytes() {
 }
 
 double Median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
+  std::sort(values.begin(), values.end());
+  const size_t middle = values.size() / 2;
+  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
-// The median time of a pass; passes are repeated for about SECONDS.
 template <typename Pass>
-double TimeOf(clockid_t clock, double seconds, Pass pass) {
+double TimeOf(clockid_t clock, Pass pass) {
+  const double start = Now(clock);
+  pass();
+  return Now(clock) - start;
+}
+
+// The median CPU time of a pass; passes are repeated for about SECONDS.
+template <typename Pass>
+double MedianTimeOf(double seconds, Pass pass) {
   std::vector<double> times;
   for (double sum = 0; times.empty() || sum < seconds; sum += times.back()) {
-    const double start = Now(clock);
-    pass();
-    times.push_back(Now(clock) - start);
+    times.push_back(TimeOf(CLOCK_PROCESS_CPUTIME_ID, pass));
   }
   return Median(times);
 }
@@ -119,7 +125,7 @@ void MeasureLoading(const Arguments& arguments) {
   const long peak = PeakKilobytes();
   const Check check = CheckContents(corpus, load);
   const long extra = PeakKilobytes() - peak;
-  const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, [&] {
+  const double time = MedianTimeOf(arguments.seconds, [&] {
     for (const Message& message : corpus.Messages()) load(message);
   });
   PrintSpeed(arguments, corpus.Megabytes(), time);
@@ -163,7 +169,7 @@ void MeasureReading(const Arguments& arguments) {
   const Corpus corpus(arguments.corpus, arguments.what);
   const auto read = arguments.how == "file" ? ReadFileAlone : CopyAlone;
   int64_t bytes = 0;
-  const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, [&] {
+  const double time = MedianTimeOf(arguments.seconds, [&] {
     for (const Message& message : corpus.Messages()) bytes += read(message);
   });
   PrintSpeed(arguments, corpus.Megabytes(), time);
@@ -183,7 +189,7 @@ class Partner {
     const auto obey = [this, work] {
       for (char order = 0; read(orders_[0], &order, 1) == 1 && order == kGo;) {
         work();
-        Send(reports_[1], kGo);
+        if (write(reports_[1], &order, 1) != 1) break;
       }
     };
     if (kind == kThread) {
@@ -192,17 +198,18 @@ class Partner {
     }
     process_ = fork();
     if (process_ < 0) Refuse("no process");
-    // Each side keeps its own ends, or it would not see that the other side is gone.
+    // Each side keeps its own ends, or the parent would not see that the child is gone.
     if (process_ > 0) {
       CloseEnds(orders_[0], reports_[1]);
       return;
     }
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     CloseEnds(orders_[1], reports_[0]);
     obey();
     _exit(0);
   }
   ~Partner() {
-    Send(orders_[1], kEnd);
+    Order(kEnd);
     if (thread_.joinable()) thread_.join();
     if (process_ > 0) waitpid(process_, nullptr, 0);
     CloseEnds(orders_[0], orders_[1]);
@@ -211,7 +218,7 @@ class Partner {
   Partner(const Partner&) = delete;
   Partner& operator=(const Partner&) = delete;
 
-  void Start() { Send(orders_[1], kGo); }
+  void Start() { Order(kGo); }
   void Wait() {
     char report = 0;
     if (read(reports_[0], &report, 1) != 1) Refuse("a partner is lost");
@@ -221,8 +228,8 @@ class Partner {
   static constexpr char kGo = 'g';
   static constexpr char kEnd = 'e';
 
-  static void Send(int pipe, char order) {
-    if (write(pipe, &order, 1) != 1) Refuse("a partner is lost");
+  void Order(char order) {
+    if (write(orders_[1], &order, 1) != 1) Refuse("a partner is lost");
   }
 
   static void CloseEnds(int& one, int& other) {
@@ -257,7 +264,7 @@ void MeasureThreads(const Arguments& arguments) {
   Partner processes[] = {{Partner::kProcess, load_even}, {Partner::kProcess, load_odd}};
   Partner threads[] = {{Partner::kThread, load_even}, {Partner::kThread, load_odd}};
   const auto time_of = [](auto begin, auto end) {
-    return TimeOf(CLOCK_MONOTONIC, 0, [&] {
+    return TimeOf(CLOCK_MONOTONIC, [&] {
       std::for_each(begin, end, [](Partner& partner) { partner.Start(); });
       std::for_each(begin, end, [](Partner& partner) { partner.Wait(); });
     });
@@ -265,11 +272,15 @@ void MeasureThreads(const Arguments& arguments) {
   std::vector<double> by_threads;
   std::vector<double> by_processes;
   std::vector<double> threads_to_processes;
-  for (const double start = Now(CLOCK_MONOTONIC);
-       by_threads.empty() || Now(CLOCK_MONOTONIC) - start < arguments.seconds;) {
+  constexpr size_t kFewest = 3;
+  double sum = 0;
+  // The first pass of each, in which its caches fill, does not count.
+  for (bool warm = false; by_threads.size() < kFewest || sum < arguments.seconds; warm = true) {
     const double alone = time_of(&single, &single + 1);
     const double in_threads = time_of(std::begin(threads), std::end(threads));
     const double in_processes = time_of(std::begin(processes), std::end(processes));
+    if (!warm) continue;
+    sum += alone + in_threads + in_processes;
     by_threads.push_back(alone / in_threads);
     by_processes.push_back(alone / in_processes);
     threads_to_processes.push_back(in_processes / in_threads);
@@ -311,7 +322,7 @@ void MeasureCoding(const Arguments& arguments) {
   const std::string input = ReadFile(arguments.corpus + "/" + kInputs.at(arguments.what));
   const RunCoder run = prepare(input);
   const int64_t found = run();
-  const double time = TimeOf(CLOCK_PROCESS_CPUTIME_ID, arguments.seconds, run);
+  const double time = MedianTimeOf(arguments.seconds, run);
   PrintSpeed(arguments, static_cast<double>(input.size()) / 1e6, time);
   std::printf(", \"bytes\": %lld, \"expected_bytes\": %lld}\n", static_cast<long long>(found),
               static_cast<long long>(ExpectedBytes(arguments, found)));
