@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "platform/cpu.h"
+#include "platform/load.h"
 
 #if MIMORA_HAS_VECTORS
 #include <immintrin.h>
@@ -36,8 +37,7 @@ struct Word {
   }
 
   static uint64_t CopyWord(const char* p, char* out) {
-    uint64_t word = 0;
-    std::memcpy(&word, p, kSize);
+    const auto word = Load<uint64_t>(p);
     std::memcpy(out, &word, kSize);
     return word;
   }

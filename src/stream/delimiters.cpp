@@ -6,6 +6,7 @@
 
 #include "diag/limits.h"
 #include "platform/ascii.h"
+#include "platform/load.h"
 
 namespace mimora {
 namespace {
@@ -42,12 +43,6 @@ DelimiterMatch MatchTail(const char* p, int64_t available, bool at_end) {
   return match;
 }
 
-uint64_t Load(const char* p) {
-  uint64_t bytes = 0;
-  std::memcpy(&bytes, p, sizeof bytes);
-  return bytes;
-}
-
 }  // namespace
 
 void Delimiters::Clear() {
@@ -56,16 +51,16 @@ void Delimiters::Clear() {
 }
 
 bool Delimiters::Sample::Fits(const char* line) const {
-  return ((Load(line + start) ^ bytes) & mask) == 0;
+  return ((Load<uint64_t>(line + start) ^ bytes) & mask) == 0;
 }
 
 // COUNT bytes from START on.
 Delimiters::Sample Delimiters::SampleOf(std::string_view delimiter, size_t start, size_t count) {
   static constexpr char kOnesAndZeros[2 * Sample::kSize] = "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF";
   const char* const from = delimiter.data() + start;
-  Sample sample{start, 0, Load(kOnesAndZeros + Sample::kSize - count)};
+  Sample sample{start, 0, Load<uint64_t>(kOnesAndZeros + Sample::kSize - count)};
   if (start + Sample::kSize <= delimiter.size()) {
-    sample.bytes = Load(from);
+    sample.bytes = Load<uint64_t>(from);
   } else {
     std::memcpy(&sample.bytes, from, count);
   }

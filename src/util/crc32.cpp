@@ -3,9 +3,9 @@
 
 #include <array>
 #include <bit>
-#include <cstring>
 
 #include "platform/cpu.h"
+#include "platform/load.h"
 
 #if MIMORA_HAS_VECTORS
 #include <immintrin.h>
@@ -44,12 +44,6 @@ consteval std::array<Table, kBlock> MakeTables() {
 
 constexpr std::array<Table, kBlock> kTables = MakeTables();
 static_assert(kTables[0][1] == 0x77073096);
-
-uint32_t Load(const char* p) {
-  uint32_t word;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
 
 // Four bytes in the order of the memory, behind which FOLLOWING more bytes are looked up.
 uint32_t LookUp(uint32_t word, size_t following) {
@@ -112,8 +106,9 @@ uint32_t UpdateCrc32ByTables(uint32_t crc, std::string_view data) {
   const char* const end = p + data.size();
   if constexpr (std::endian::native == std::endian::little) {
     for (; end - p >= std::ptrdiff_t{kBlock}; p += kBlock) {
-      crc = LookUp(crc ^ Load(p), 12) ^ LookUp(Load(p + 4), 8) ^ LookUp(Load(p + 8), 4) ^
-            LookUp(Load(p + 12), 0);
+      const auto load = Load<uint32_t>;
+      crc = LookUp(crc ^ load(p), 12) ^ LookUp(load(p + 4), 8) ^ LookUp(load(p + 8), 4) ^
+            LookUp(load(p + 12), 0);
     }
   }
   for (; p < end; ++p) crc = crc >> 8 ^ kTables[0][(crc ^ static_cast<uint8_t>(*p)) & 0xFF];

@@ -5,20 +5,13 @@
 #include <bit>
 #include <cstring>
 
+#include "platform/load.h"
+
 namespace mimora {
-namespace {
-
-uint64_t Load(const uint8_t* p) {
-  uint64_t word;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
-
-}  // namespace
 
 uint64_t LzChains::Chain::Key(const uint8_t* p) const {
   const uint32_t others = 64 - 8 * key_bytes;
-  const uint64_t word = Load(p);
+  const uint64_t word = Load<uint64_t>(p);
   return std::endian::native == std::endian::little ? word << others : word >> others;
 }
 

@@ -7,18 +7,13 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
+
+#include "platform/load.h"
 
 namespace mimora {
 namespace {
 
 using Word = uint64_t;
-
-Word Load(const uint8_t* p) {
-  Word word;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
 
 // How many bytes of a word that are first, or last, in memory are zero.
 uint32_t FirstZeros(Word word) {
@@ -94,7 +89,7 @@ class OffsetScan {
 uint32_t CommonLength(const uint8_t* a, const uint8_t* b, uint32_t limit) {
   uint32_t length = 0;
   for (; limit - length >= sizeof(Word); length += sizeof(Word)) {
-    const Word difference = Load(a + length) ^ Load(b + length);
+    const Word difference = Load<Word>(a + length) ^ Load<Word>(b + length);
     if (difference != 0) return length + FirstZeros(difference);
   }
   while (length < limit && a[length] == b[length]) ++length;
@@ -104,7 +99,8 @@ uint32_t CommonLength(const uint8_t* a, const uint8_t* b, uint32_t limit) {
 uint32_t CommonLengthBefore(const uint8_t* a, const uint8_t* b, uint32_t limit) {
   uint32_t length = 0;
   for (; limit - length >= sizeof(Word); length += sizeof(Word)) {
-    const Word difference = Load(a - length - sizeof(Word)) ^ Load(b - length - sizeof(Word));
+    const Word difference =
+        Load<Word>(a - length - sizeof(Word)) ^ Load<Word>(b - length - sizeof(Word));
     if (difference != 0) return length + LastZeros(difference);
   }
   while (length < limit && *(a - length - 1) == *(b - length - 1)) ++length;

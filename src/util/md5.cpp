@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
-#include <cstring>
 #include <utility>
 
 #include "platform/ascii.h"
+#include "platform/load.h"
 
 namespace mimora {
 namespace {
@@ -35,8 +35,7 @@ constexpr size_t kWordOrder[4][2] = {{1, 0}, {5, 1}, {3, 5}, {7, 0}};
 using State = std::array<uint32_t, 4>;
 
 uint32_t LoadWord(const char* p) {
-  uint32_t word;
-  std::memcpy(&word, p, sizeof word);
+  auto word = Load<uint32_t>(p);
   if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap32(word);
   return word;
 }
